@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Models/Project.h"
+
+#include <cstdint>
+
+namespace mossbit {
+
+struct SongSettings {
+    std::int64_t tempo = 120;
+    std::int64_t bars = 4;
+    bool loop = true;
+    GridDivision grid = GridDivision::sixteenth;
+};
+
+/// Builds a project for a test: `song({.bars = 1}).note(60, 0, 4).on(ChannelKind::noise).note(0, 4, 1)`.
+class SongBuilder {
+public:
+    explicit SongBuilder(const SongSettings& settings) {
+        m_project.tempo = settings.tempo;
+        m_project.bars = settings.bars;
+        m_project.loop = settings.loop;
+        m_project.grid = settings.grid;
+    }
+
+    /// The channel that the following calls are about; the first pulse channel at the beginning.
+    SongBuilder& on(ChannelKind kind) {
+        m_channel = static_cast<std::size_t>(kind);
+        return *this;
+    }
+
+    SongBuilder& note(std::int64_t pitch, std::int64_t start, std::int64_t length,
+                      std::int64_t velocity = 15) {
+        channel().notes.push_back(
+            {.pitch = pitch, .start = start, .length = length, .velocity = velocity});
+        return *this;
+    }
+
+    SongBuilder& volume(std::int64_t volume) {
+        channel().volume = volume;
+        return *this;
+    }
+
+    SongBuilder& muted() {
+        channel().muted = true;
+        return *this;
+    }
+
+    SongBuilder& duty(Duty duty) {
+        channel().duty = duty;
+        return *this;
+    }
+
+    SongBuilder& wave(WavePreset wave) {
+        channel().wave = wave;
+        return *this;
+    }
+
+    operator Project() const { return m_project; }
+
+private:
+    Channel& channel() { return m_project.channels[m_channel]; }
+
+    Project m_project;
+    std::size_t m_channel = 0;
+};
+
+inline SongBuilder song(const SongSettings& settings = {}) {
+    return SongBuilder(settings);
+}
+
+} // namespace mossbit
