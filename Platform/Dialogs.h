@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace mossbit {
+
+/// The kinds of file that a panel offers.
+enum class FileKind { project, wav };
+
+/// Modal dialogs of the main window. Each call returns when the user has answered.
+class Dialogs {
+public:
+    virtual ~Dialogs() = default;
+
+    struct Alert {
+        std::string message;
+        std::string informativeText;
+        /// In this order on every desktop; the first is the default, the last is what Escape and
+        /// the close box mean.
+        std::array<std::string, 3> buttons;
+    };
+
+    /// Returns the index of the button that was pressed.
+    virtual std::size_t runAlert(const Alert& alert) = 0;
+
+    /// Asks where to save; `proposedName` is a file name with its extension. The answer has the
+    /// extension of `kind` if the user typed none. Nothing if the user cancelled.
+    virtual std::optional<std::filesystem::path> runSavePanel(FileKind kind,
+                                                              const std::string& proposedName) = 0;
+
+    /// Asks for one existing project, plain JSON or other file. Nothing if the user cancelled.
+    virtual std::optional<std::filesystem::path> runOpenPanel() = 0;
+};
+
+} // namespace mossbit
