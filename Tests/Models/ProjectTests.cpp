@@ -46,9 +46,16 @@ TEST(Project, ClampNotesKeepsNotesInsideThePattern) {
 
 TEST(Project, ClampNotesDropsPitchesThatTheChannelCannotPlay) {
     Project project = song({})
-                          .note(35, 0, 1).note(36, 1, 1).note(96, 2, 1).note(97, 3, 1).note(2, 4, 1)
+                          .note(35, 0, 1)
+                          .note(36, 1, 1)
+                          .note(96, 2, 1)
+                          .note(97, 3, 1)
+                          .note(2, 4, 1)
                           .on(ChannelKind::noise)
-                          .note(-1, 0, 1).note(0, 1, 1).note(3, 2, 1).note(4, 3, 1);
+                          .note(-1, 0, 1)
+                          .note(0, 1, 1)
+                          .note(3, 2, 1)
+                          .note(4, 3, 1);
     project.clampNotes();
     const auto starts = [&](std::size_t channel) {
         std::vector<std::int64_t> result;
@@ -74,7 +81,7 @@ TEST(Note, IsHashedAndComparedOverAllFields) {
     const Note note;
     EXPECT_NE(note.id, Note{}.id);
     std::unordered_set<Note> seen = {note};
-    for (std::int64_t Note::* field : {&Note::pitch, &Note::start, &Note::length, &Note::velocity}) {
+    for (std::int64_t Note::*field : {&Note::pitch, &Note::start, &Note::length, &Note::velocity}) {
         Note other = note;
         other.*field += 1;
         EXPECT_TRUE(seen.insert(other).second);

@@ -13,7 +13,8 @@ struct SongSettings {
     GridDivision grid = GridDivision::sixteenth;
 };
 
-/// Builds a project for a test: `song({.bars = 1}).note(60, 0, 4).on(ChannelKind::noise).note(0, 4, 1)`.
+/// Builds a project for a test: `song({.bars = 1}).note(60, 0, 4).on(ChannelKind::noise).note(0, 4,
+/// 1)`.
 class SongBuilder {
 public:
     explicit SongBuilder(const SongSettings& settings) {

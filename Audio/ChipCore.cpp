@@ -1,0 +1,157 @@
+#include "Audio/ChipCore.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace mossbit {
+
+namespace {
+
+// Four voices at full level sum to at most 0.88.
+constexpr float masterGain = 0.22F;
+
+} // namespace
+
+ChipCore::ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRate)
+    : m_sampleRate(sampleRate),
+      m_storage(Orders{.pattern = pattern}),
+      m_tickBox(Report{}),
+      m_keptPatterns({pattern}),
+      m_pattern(std::move(pattern)),
+      m_highPass{.coefficient = HighPass::coefficientFor(static_cast<float>(sampleRate))} {}
+
+void ChipCore::update(std::shared_ptr<const RenderPattern> pattern) {
+    m_keptPatterns.push_back(pattern);
+    m_storage.with([&](Orders& orders) { orders.pattern.swap(pattern); });
+    pattern.reset();
+    releaseUnusedPatterns();
+}
+
+void ChipCore::releaseUnusedPatterns() {
+    // A pattern that has left the storage can reach the audio thread no more, so a count of one,
+    // ours, stays one.
+    std::erase_if(m_keptPatterns, [](const auto& kept) { return kept.use_count() == 1; });
+}
+
+void ChipCore::rewind() {
+    const std::uint64_t generation = m_storage.with([](Orders& orders) {
+        orders.rewind = true;
+        return ++orders.generation;
+    });
+    m_tickBox.with([&](Report& report) { report = {.generation = generation}; });
+}
+
+void ChipCore::silence() {
+    const std::uint64_t generation = m_storage.with([](Orders& orders) {
+        orders.silence = true;
+        return ++orders.generation;
+    });
+    m_tickBox.with([&](Report& report) {
+        report.tick = -1;
+        report.generation = generation;
+    });
+}
+
+std::int64_t ChipCore::publishedTick() const {
+    return m_tickBox.with([](const Report& report) { return report.tick; });
+}
+
+bool ChipCore::isFinished() const {
+    return m_tickBox.with([](const Report& report) { return report.finished; });
+}
+
+void ChipCore::render(std::span<float> into) noexcept {
+    const std::uint64_t generation = takeOrders();
+    const double samplesPerTick = m_sampleRate * (60 / m_pattern->tempo * 0.25);
+    while (!into.empty()) {
+        if (m_samplesToNextTick <= 0) {
+            advanceTick(m_pattern->totalTicks);
+            m_samplesToNextTick += samplesPerTick;
+        }
+        // Counting down one by one would end at the same double: above 0 every step is exact.
+        const double untilTick = std::max(std::ceil(m_samplesToNextTick), 1.0);
+        const double run = std::min(untilTick, static_cast<double>(into.size()));
+        m_samplesToNextTick -= run;
+        const auto frames = static_cast<std::size_t>(run);
+        mix(into.first(frames));
+        into = into.subspan(frames);
+    }
+    m_tickBox.with([&](Report& report) {
+        // A rewind or silence since this call began has already published its own.
+        if (report.generation == generation)
+            report = {m_finished ? -1 : m_currentTick, m_finished, generation};
+    });
+}
+
+std::uint64_t ChipCore::takeOrders() {
+    bool rewind = false;
+    bool silence = false;
+    const std::uint64_t generation = m_storage.with([&](Orders& orders) {
+        m_pattern = orders.pattern;
+        rewind = std::exchange(orders.rewind, false);
+        silence = std::exchange(orders.silence, false);
+        return orders.generation;
+    });
+    if (rewind || silence) {
+        for (Voice& voice : m_voices)
+            voice.silence();
+    }
+    if (rewind) {
+        m_currentTick = -1;
+        m_samplesToNextTick = 0;
+        m_finished = false;
+        m_highPass.x = 0;
+        m_highPass.y = 0;
+    }
+    return generation;
+}
+
+void ChipCore::advanceTick(std::int64_t total) {
+    ++m_currentTick;
+    const bool reachedEnd = m_currentTick >= total;
+    if (reachedEnd && !m_pattern->loop) {
+        m_currentTick = total;
+        for (Voice& voice : m_voices)
+            voice.noteOff();
+        m_finished = m_finished || std::all_of(m_voices.begin(), m_voices.end(),
+                                               [](const Voice& voice) { return voice.isIdle(); });
+        return;
+    }
+    if (reachedEnd)
+        m_currentTick = 0;
+    const auto tick = static_cast<std::size_t>(m_currentTick);
+    const std::size_t count = std::min(m_pattern->channels.size(), m_voices.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const RenderChannel& channel = m_pattern->channels[i];
+        Voice& voice = m_voices[i];
+        if (reachedEnd || m_currentTick >= voice.endTick)
+            voice.noteOff();
+        const std::int64_t event = channel.startAtTick[tick];
+        if (event >= 0)
+            voice.noteOn(channel, channel.events[static_cast<std::size_t>(event)],
+                         static_cast<float>(m_sampleRate));
+    }
+}
+
+void ChipCore::mix(std::span<float> into) {
+    for (float& sample : into)
+        sample = nextSample();
+}
+
+float ChipCore::nextSample() {
+    float mix = 0;
+    const std::size_t count = std::min(m_pattern->channels.size(), m_voices.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        if (m_voices[i].isIdle())
+            continue;
+        const RenderChannel& channel = m_pattern->channels[i];
+        // A muted voice runs on, so that it is in time when it is heard again.
+        const float sample = m_voices[i].nextSample(channel, static_cast<float>(m_sampleRate));
+        if (!channel.muted)
+            mix += sample * channel.level;
+    }
+    return std::clamp(m_highPass.next(mix * masterGain), -1.0F, 1.0F);
+}
+
+} // namespace mossbit

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Audio/HighPass.h"
+#include "Audio/LockedBox.h"
+#include "Audio/RenderPattern.h"
+#include "Audio/Voices.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace mossbit {
+
+/// The sequencer and the mixer: turns a pattern into mono samples. One core plays live, another
+/// one renders each export; both give the same samples, however the rendering is split into calls.
+class ChipCore {
+public:
+    ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRate);
+
+    // Audio thread.
+
+    /// Fills `into` with the next samples, −1 … 1. Allocates, frees and logs nothing.
+    void render(std::span<float> into) noexcept;
+
+    // Main thread. The audio thread may be rendering meanwhile.
+
+    /// Replaces the pattern from the next render call on; the position stays.
+    void update(std::shared_ptr<const RenderPattern> pattern);
+
+    /// Back to before tick 0, all voices silent.
+    void rewind();
+
+    /// All voices silent at once; position and filter stay.
+    void silence();
+
+    /// The tick being played; −1 before the first and once finished.
+    std::int64_t publishedTick() const;
+
+    /// Whether a pattern that does not loop has ended and every voice has faded out.
+    bool isFinished() const;
+
+    double sampleRate() const { return m_sampleRate; }
+
+private:
+    /// What the main thread hands to the next render call.
+    struct Orders {
+        std::shared_ptr<const RenderPattern> pattern;
+        bool rewind = false;
+        bool silence = false;
+        /// Counts `rewind` and `silence` calls, to tell a render call that began before one.
+        std::uint64_t generation = 0;
+    };
+
+    /// What a render call hands back.
+    struct Report {
+        std::int64_t tick = -1;
+        bool finished = false;
+        std::uint64_t generation = 0;
+    };
+
+    // Main thread.
+    void releaseUnusedPatterns();
+
+    // Audio thread.
+    std::uint64_t takeOrders();
+    void advanceTick(std::int64_t total);
+    void mix(std::span<float> into);
+    float nextSample();
+
+    const double m_sampleRate;
+    LockedBox<Orders> m_storage;
+    LockedBox<Report> m_tickBox;
+
+    // Main thread: every pattern that the audio thread may still hold. Dropping the last reference
+    // here, never there, keeps `free` off the audio thread.
+    std::vector<std::shared_ptr<const RenderPattern>> m_keptPatterns;
+
+    // Audio thread.
+    std::array<Voice, 4> m_voices;
+    std::shared_ptr<const RenderPattern> m_pattern;
+    std::int64_t m_currentTick = -1;
+    /// Samples until the next tick starts, with its fraction.
+    double m_samplesToNextTick = 0;
+    bool m_finished = false;
+    HighPass m_highPass;
+};
+
+} // namespace mossbit

@@ -1,0 +1,210 @@
+#include "Audio/ChipCore.h"
+
+#include "Tests/Audio/PlainRenderer.h"
+#include "Tests/Support/RandomSong.h"
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace mossbit {
+namespace {
+
+std::shared_ptr<const RenderPattern> compiled(const Project& project) {
+    return std::make_shared<const RenderPattern>(project);
+}
+
+std::vector<float> rendered(ChipCore& core, std::size_t frames) {
+    std::vector<float> samples(frames);
+    core.render(samples);
+    return samples;
+}
+
+std::vector<float> rendered(const Project& project, std::size_t frames, double rate = 44100) {
+    ChipCore core(compiled(project), rate);
+    return rendered(core, frames);
+}
+
+bool isSilent(std::span<const float> samples) {
+    return std::all_of(samples.begin(), samples.end(), [](float s) { return s == 0; });
+}
+
+/// The first frame at which two renders differ in any bit, or −1. Where the formula has run into
+/// denormals after silence, the core may be at zero already.
+std::ptrdiff_t firstDifference(std::span<const float> plain, std::span<const float> real) {
+    const auto differs = [](float a, float b) {
+        const bool flushed = b == 0 && std::abs(a) < std::numeric_limits<float>::min();
+        return std::bit_cast<std::uint32_t>(a) != std::bit_cast<std::uint32_t>(b) && !flushed;
+    };
+    const auto [end, _] =
+        std::mismatch(plain.begin(), plain.end(), real.begin(), real.end(), std::not_fn(differs));
+    return end == plain.end() ? -1 : end - plain.begin();
+}
+
+TEST(ChipCore, EqualsThePlainFormulaOnRandomSongs) {
+    std::mt19937 random(1);
+    // From rates at which a drum clocks several times a sample, or an attack is over in one, to
+    // those at which it hardly ever does.
+    for (const double rate : {44100.0, 48000.0, 22050.0, 96000.0, 8000.0, 1000.0, 200.0, 3.0}) {
+        for (int i = 0; i < 12; ++i) {
+            const auto pattern = compiled(randomSong(random));
+            PlainRenderer plain(*pattern, rate);
+            ChipCore core(pattern, rate);
+            const std::vector<float> expected = plain.render(120'000);
+            ASSERT_EQ(firstDifference(expected, rendered(core, expected.size())), -1)
+                << "song " << i << " at " << rate;
+        }
+    }
+}
+
+TEST(ChipCore, EqualsThePlainFormulaForUnusualPatterns) {
+    Project swapped =
+        song({.tempo = 300, .bars = 1}).note(69, 0, 4).note(180, 4, 4).on(ChannelKind::noise);
+    std::swap(swapped.channels[0], swapped.channels[2]);
+    Project few = song({.bars = 1}).note(60, 0, 2).note(61, 3, 2);
+    few.channels.resize(1);
+    Project many = song({.bars = 1}).on(ChannelKind::noise).note(2, 0, 1).note(7, 3, 9);
+    many.channels.push_back(many.channels[3]);
+    Project none;
+    none.channels.clear();
+    for (const Project& project : {swapped, few, many, none}) {
+        const auto pattern = compiled(project);
+        PlainRenderer plain(*pattern, 44100);
+        ChipCore core(pattern, 44100);
+        const std::vector<float> expected = plain.render(100'000);
+        EXPECT_EQ(firstDifference(expected, rendered(core, expected.size())), -1);
+    }
+}
+
+TEST(ChipCore, GivesTheSameSamplesForEverySplitIntoBlocks) {
+    std::mt19937 random(2);
+    for (int i = 0; i < 6; ++i) {
+        const Project project = randomSong(random);
+        const std::vector<float> whole = rendered(project, 150'000);
+        for (const std::size_t block : {1U, 2U, 3U, 7U, 61U, 1021U, 1024U, 0U}) {
+            ChipCore core(compiled(project), 44100);
+            std::vector<float> pieces(whole.size());
+            for (std::size_t at = 0; at < pieces.size();) {
+                const std::size_t wanted = block == 0 ? random() % 300 : block;
+                const std::size_t frames = std::min(wanted, pieces.size() - at);
+                core.render(std::span(pieces).subspan(at, frames));
+                at += frames;
+            }
+            ASSERT_TRUE(pieces == whole) << "song " << i << " in blocks of " << block;
+        }
+    }
+}
+
+TEST(ChipCore, PublishesTheTickBeingPlayed) {
+    ChipCore core(compiled(song({.bars = 1, .loop = true})), 44100);
+    EXPECT_EQ(core.publishedTick(), -1);
+    core.render({});
+    EXPECT_EQ(core.publishedTick(), -1);
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 0);
+    // 5512.5 samples a tick at tempo 120: the second tick starts on frame 5513, the third on 11025.
+    rendered(core, 5512);
+    EXPECT_EQ(core.publishedTick(), 0);
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 1);
+    rendered(core, 11025 - 5514);
+    EXPECT_EQ(core.publishedTick(), 1);
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 2);
+    rendered(core, 14 * 5512 + 6);
+    EXPECT_EQ(core.publishedTick(), 15);
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 0);
+}
+
+TEST(ChipCore, EndsAfterTheLastVoiceHasFaded) {
+    // A plain noise of 0.3 s on the last tick: not cut by the end, gone two ticks and a bit later.
+    ChipCore core(compiled(song({.bars = 1, .loop = false}).on(ChannelKind::noise).note(3, 15, 1)),
+                  44100);
+    rendered(core, 16 * 5512 + 8);
+    EXPECT_EQ(core.publishedTick(), 15);
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 16);
+    EXPECT_FALSE(core.isFinished());
+    EXPECT_FALSE(isSilent(rendered(core, 5512)));
+    rendered(core, 5512);
+    EXPECT_FALSE(core.isFinished());
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), -1);
+    EXPECT_TRUE(core.isFinished());
+    core.rewind();
+    EXPECT_FALSE(core.isFinished());
+    rendered(core, 1);
+    EXPECT_EQ(core.publishedTick(), 0);
+}
+
+TEST(ChipCore, TakesANewPatternAtThePositionItHasReached) {
+    const std::size_t fortyTicks = 40 * 5512 + 20;
+    const Project longSong = song({.bars = 4}).note(60, 0, 64);
+    for (const bool loops : {true, false}) {
+        ChipCore core(compiled(longSong), 44100);
+        rendered(core, fortyTicks + 1);
+        ASSERT_EQ(core.publishedTick(), 40);
+        core.update(compiled(song({.tempo = 240, .bars = 1, .loop = loops})));
+        rendered(core, 5513);
+        EXPECT_EQ(core.publishedTick(), loops ? 0 : 16);
+        if (loops) {
+            rendered(core, 2 * 2756 + 1);
+            EXPECT_EQ(core.publishedTick(), 2);
+        }
+    }
+}
+
+TEST(ChipCore, MutedChannelsRunOnInTime) {
+    Project loud = song({.bars = 1}).note(60, 0, 16);
+    Project muted = loud;
+    muted.channels[0].muted = true;
+    ChipCore core(compiled(muted), 44100);
+    EXPECT_TRUE(isSilent(rendered(core, 10'000)));
+    core.update(compiled(loud));
+    const std::vector<float> heard = rendered(core, 10'000);
+    const std::vector<float> always = rendered(loud, 20'000);
+    // The filter has another past, but every edge of the pulse stands where it would have stood.
+    for (std::size_t i = 1; i < heard.size(); ++i)
+        ASSERT_NEAR(heard[i] - heard[i - 1], always[10'000 + i] - always[9'999 + i], 1e-3F) << i;
+}
+
+TEST(ChipCore, SilenceKeepsThePositionAndRewindDoesNot) {
+    ChipCore core(compiled(song({.bars = 1}).note(60, 0, 16).note(64, 8, 2)), 44100);
+    const std::vector<float> first = rendered(core, 20'000);
+    core.silence();
+    EXPECT_EQ(core.publishedTick(), -1);
+    rendered(core, 20'000);
+    EXPECT_EQ(core.publishedTick(), 7);
+    core.rewind();
+    EXPECT_EQ(core.publishedTick(), -1);
+    EXPECT_TRUE(rendered(core, 20'000) == first);
+}
+
+TEST(ChipCore, FadesToExactZeroAfterTheLastNote) {
+    ChipCore core(compiled(song({.bars = 1, .loop = false}).note(60, 0, 1)), 44100);
+    rendered(core, 80'000);
+    EXPECT_TRUE(isSilent(rendered(core, 1000)));
+}
+
+TEST(ChipCore, MixesByLevelAndClampsToFullScale) {
+    Project project =
+        song({.bars = 1}).note(48, 0, 16).on(ChannelKind::pulse2).note(48, 0, 16).duty(Duty::d50);
+    for (Channel& channel : project.channels)
+        channel.volume = 15;
+    const std::vector<float> full = rendered(project, 5000);
+    const float peak = *std::max_element(full.begin(), full.end());
+    EXPECT_GT(peak, 0.4F);
+    EXPECT_LE(peak, 0.88F);
+    for (Channel& channel : project.channels)
+        channel.volume = 150; // Not a song's volume; the output must stay in range all the same.
+    const std::vector<float> loud = rendered(project, 5000);
+    EXPECT_EQ(*std::max_element(loud.begin(), loud.end()), 1.0F);
+    EXPECT_EQ(*std::min_element(loud.begin(), loud.end()), -1.0F);
+}
+
+} // namespace
+} // namespace mossbit

@@ -1,0 +1,83 @@
+#include "Audio/RenderPattern.h"
+
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace mossbit {
+namespace {
+
+TEST(RenderPattern, ClipsNotesToThePattern) {
+    struct Case {
+        std::int64_t start, length, end;
+    };
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+    for (const Case& c : {Case{62, 8, 64}, Case{5, 0, 6}, Case{5, -3, 6}, Case{5, largest, 64},
+                          Case{-8, 4, -4}, Case{-8, largest, 64}, Case{-largest, largest, 0}}) {
+        const RenderPattern pattern(song({.bars = 4}).note(60, c.start, c.length));
+        ASSERT_EQ(pattern.channels[0].events.size(), 1U);
+        EXPECT_EQ(pattern.channels[0].events[0].start, c.start);
+        EXPECT_EQ(pattern.channels[0].events[0].end, c.end);
+    }
+    const RenderPattern pattern(song({.bars = 4}).note(60, 64, 1));
+    EXPECT_TRUE(pattern.channels[0].events.empty());
+}
+
+TEST(RenderPattern, SortsNotesAndLetsTheLastStoredOneOwnItsTick) {
+    const RenderPattern pattern(song({.bars = 2})
+                                    .note(60, 16, 1)
+                                    .note(61, 0, 1)
+                                    .note(62, 8, 1)
+                                    .note(63, 8, 2)
+                                    .note(9, -1, 4));
+    const RenderChannel& channel = pattern.channels[0];
+    std::vector<std::int64_t> pitches;
+    for (const RenderEvent& event : channel.events)
+        pitches.push_back(event.pitch);
+    EXPECT_EQ(pitches, (std::vector<std::int64_t>{9, 61, 62, 63, 60}));
+    ASSERT_EQ(channel.startAtTick.size(), 32U);
+    EXPECT_EQ(channel.startAtTick[0], 1);
+    EXPECT_EQ(channel.startAtTick[8], 3);
+    EXPECT_EQ(channel.startAtTick[16], 4);
+    EXPECT_EQ(std::count(channel.startAtTick.begin(), channel.startAtTick.end(), -1), 29);
+}
+
+TEST(RenderPattern, ConvertsSettingsToFloats) {
+    const RenderPattern pattern(song({.tempo = 90, .bars = 1, .loop = false})
+                                    .volume(15)
+                                    .muted()
+                                    .duty(Duty::d125)
+                                    .note(60, 0, 1, 20)
+                                    .note(60, 1, 1, -3)
+                                    .note(60, 2, 1, 3)
+                                    .on(ChannelKind::wave)
+                                    .volume(0)
+                                    .wave(WavePreset::soft));
+    EXPECT_EQ(pattern.tempo, 90);
+    EXPECT_EQ(pattern.totalTicks, 16);
+    EXPECT_FALSE(pattern.loop);
+    const RenderChannel& pulse = pattern.channels[0];
+    EXPECT_EQ(pulse.level, 1.0F);
+    EXPECT_TRUE(pulse.muted);
+    EXPECT_EQ(pulse.duty, 0.125F);
+    EXPECT_TRUE(pulse.table.empty());
+    EXPECT_EQ(pulse.events[0].velocity, 1.0F);
+    EXPECT_EQ(pulse.events[1].velocity, 0.0F);
+    EXPECT_EQ(pulse.events[2].velocity, 3.0F / 15.0F);
+    EXPECT_EQ(pattern.channels[2].level, 0.0F);
+    EXPECT_EQ(pattern.channels[2].table.size(), 32U);
+}
+
+TEST(RenderPattern, CompilesAProjectWithoutBarsOrChannels) {
+    Project project;
+    project.bars = 0;
+    project.channels.clear();
+    const RenderPattern pattern(project);
+    EXPECT_EQ(pattern.totalTicks, 1);
+    EXPECT_TRUE(pattern.channels.empty());
+}
+
+} // namespace
+} // namespace mossbit
