@@ -1,17 +1,12 @@
 #include "Audio/ChipCore.h"
 
+#include "Audio/FourVoices.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 namespace mossbit {
-
-namespace {
-
-// Four voices at full level sum to at most 0.88.
-constexpr float masterGain = 0.22F;
-
-} // namespace
 
 ChipCore::ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRate)
     : m_sampleRate(sampleRate),
@@ -135,8 +130,15 @@ void ChipCore::advanceTick(std::int64_t total) {
 }
 
 void ChipCore::mix(std::span<float> into) {
-    for (float& sample : into)
-        sample = nextSample();
+    while (!into.empty()) {
+        into = into.subspan(mixUndisturbed(m_voices, *m_pattern, static_cast<float>(m_sampleRate),
+                                           m_highPass, into));
+        // What kept the voices from going on four samples at a time lies within the next four.
+        const std::size_t single = std::min<std::size_t>(into.size(), 4);
+        for (float& sample : into.first(single))
+            sample = nextSample();
+        into = into.subspan(single);
+    }
 }
 
 float ChipCore::nextSample() {

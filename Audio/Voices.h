@@ -10,6 +10,9 @@
 
 namespace mossbit {
 
+/// What the sum of the voices is multiplied by: four at full level come to at most 0.88.
+inline constexpr float masterGain = 0.22F;
+
 inline constexpr std::size_t waveTableLength = 32;
 
 /// One period of a wave preset: 32 entries of −1 … 1, each one of 16 levels.
