@@ -1,0 +1,278 @@
+#include "Services/ProjectJson.h"
+
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+
+namespace mossbit {
+namespace {
+
+using namespace std::string_literals;
+
+/// The error's description, or nothing where the text is a project after all.
+std::string refusal(std::string_view json) {
+    try {
+        decodeProject(json);
+    } catch (const DecodingError& error) {
+        return error.what();
+    }
+    return {};
+}
+
+std::string inChannel(const std::string& members) {
+    return R"({"channels":[{"kind":"wave",)" + members + "}]}";
+}
+
+std::string inNote(const std::string& members) {
+    return inChannel(R"("notes":[{"pitch":60,"start":0,"length":1,)" + members + "}]");
+}
+
+Project fullSong() {
+    SongBuilder builder = song({.tempo = 300, .bars = 16, .loop = false});
+    for (const ChannelKind kind : allChannelKinds) {
+        builder.on(kind).volume(static_cast<std::int64_t>(kind)).duty(Duty::d75);
+        for (std::int64_t tick = 0; tick < 256; ++tick)
+            builder.note(kind == ChannelKind::noise ? tick % 4 : 36 + tick % 61, tick, 1,
+                         tick - 99);
+    }
+    return builder.muted().wave(WavePreset::hollow);
+}
+
+TEST(ProjectJson, WritesSortedIndentedMembers) {
+    Project project = song().note(60, 0, 1);
+    project.channels[0].notes[0].id = *Uuid::parse("8B1F3C2E-5D4A-4E7B-9C10-2F6A8D4E1B37");
+    EXPECT_EQ(encodeProject(project), R"({
+  "bars" : 4,
+  "channels" : [
+    {
+      "duty" : 2,
+      "kind" : "pulse1",
+      "muted" : false,
+      "notes" : [
+        {
+          "id" : "8B1F3C2E-5D4A-4E7B-9C10-2F6A8D4E1B37",
+          "length" : 1,
+          "pitch" : 60,
+          "start" : 0,
+          "velocity" : 15
+        }
+      ],
+      "volume" : 11,
+      "wave" : "triangle"
+    },
+    {
+      "duty" : 1,
+      "kind" : "pulse2",
+      "muted" : false,
+      "notes" : [],
+      "volume" : 11,
+      "wave" : "triangle"
+    },
+    {
+      "duty" : 2,
+      "kind" : "wave",
+      "muted" : false,
+      "notes" : [],
+      "volume" : 11,
+      "wave" : "triangle"
+    },
+    {
+      "duty" : 2,
+      "kind" : "noise",
+      "muted" : false,
+      "notes" : [],
+      "volume" : 13,
+      "wave" : "triangle"
+    }
+  ],
+  "grid" : 1,
+  "loop" : true,
+  "tempo" : 120,
+  "version" : 1
+})");
+}
+
+TEST(ProjectJson, ReadsBackWhatItWrites) {
+    Project odd = song({.grid = GridDivision::quarter}).note(60, 3, 2, INT64_MIN);
+    odd.version = INT64_MAX;
+    for (const Project& project : {Project(), fullSong(), odd}) {
+        const std::string json = encodeProject(project);
+        const Project decoded = decodeProject(json);
+        EXPECT_EQ(decoded, project);
+        EXPECT_EQ(encodeProject(decoded), json);
+    }
+}
+
+TEST(ProjectJson, CompletesAndClampsProjects) {
+    struct Case {
+        std::string json;
+        std::function<void(Project&)> change;
+    };
+    for (const Case& c : {
+             Case{"{}", [](Project&) {}},
+             {R"( {"tempo" : null, "bars":null,"grid":null,"loop":null,"version":null,
+                   "channels":null})",
+              [](Project&) {}},
+             {"\xEF\xBB\xBF{}\r\n\t ", [](Project&) {}},
+             {R"({"tempo": 500, "bars": 3})", [](Project& p) { p.tempo = 300; }},
+             {R"({"tempo": 10, "bars": 16})",
+              [](Project& p) {
+                  p.tempo = 40;
+                  p.bars = 16;
+              }},
+             {R"({"tempo":-9223372036854775808,"bars":9223372036854775807})",
+              [](Project& p) { p.tempo = 40; }},
+             {R"({"tempo":90.0,"version":-2e1,"grid":0.2E+1})",
+              [](Project& p) {
+                  p.tempo = 90;
+                  p.version = -20;
+                  p.grid = GridDivision::eighth;
+              }},
+             {R"({"tempo":"fast","tempo":90,"t\u0065mpo":91})", [](Project& p) { p.tempo = 91; }},
+             {R"({"tempo":90,"tempo":null})", [](Project&) {}},
+             {R"({"channels":[{"kind":1}],"channels":[]})", [](Project&) {}},
+             {R"({"Tempo":1,"kind":2,"x":{"tempo":[{"channels":3}]},"y":[[],{}],"loop":false})",
+              [](Project& p) { p.loop = false; }},
+             {R"({"channels":[{"kind":"noise"}]})", [](Project& p) { p.channels[3].volume = 11; }},
+             {R"({"channels":[{"kind":"pulse2","volume":-4,"duty":3,"x":[{"kind":0}]}]})",
+              [](Project& p) {
+                  p.channels[1].volume = 0;
+                  p.channels[1].duty = Duty::d75;
+              }},
+             {R"({"channels":[{"kind":"noise","volume":1},{"kind":"wave","volume":99},
+                  {"kind":"pulse2"},{"kind":"pulse1","muted":true},{"kind":"pulse1","volume":3}]})",
+              [](Project& p) {
+                  p.channels[3].volume = 1;
+                  p.channels[2].volume = 15;
+                  p.channels[1].duty = Duty::d50;
+                  p.channels[0].muted = true;
+              }},
+         }) {
+        Project expected;
+        c.change(expected);
+        EXPECT_EQ(refusal(c.json), "") << c.json;
+        EXPECT_EQ(decodeProject(c.json), expected) << c.json;
+    }
+}
+
+TEST(ProjectJson, CompletesAndClampsNotes) {
+    const auto notes = [](const std::string& json) {
+        return decodeProject(inChannel("\"notes\":[" + json + "]")).channels[2].notes;
+    };
+    const std::string json = R"({"length":0,"pitch":60,"start":3})";
+    const auto first = notes(json);
+    ASSERT_EQ(first.size(), 1U);
+    EXPECT_EQ(first[0], (Note{.id = first[0].id, .pitch = 60, .start = 3, .length = 1}));
+    EXPECT_NE(notes(json)[0].id, first[0].id);
+    EXPECT_EQ(notes(R"({"pitch":60,"start":60,"length":8})")[0].length, 4);
+    EXPECT_EQ(notes(R"({"pitch":60,"start":0,"length":1,"velocity":-70})")[0].velocity, -70);
+    EXPECT_TRUE(
+        notes(R"({"pitch":20,"start":0,"length":1},{"pitch":60,"start":70,"length":1})").empty());
+}
+
+TEST(ProjectJson, SaysWhatIsWrongAndWhere) {
+    const std::string ok = R"({"pitch":60,"start":0,"length":1})";
+    for (
+        const auto& [json, description] :
+        std::initializer_list<std::pair<std::string, std::string>>{
+            {"[]", "expected an object, found a list"},
+            {"null", "expected an object, found null"},
+            {"7", "expected an object, found a whole number"},
+            {R"({"tempo":"120"})", "tempo: expected a whole number, found a string"},
+            {R"({"tempo":120,"tempo":120.5})", "tempo: expected a whole number, found a fraction"},
+            {R"({"version":9223372036854775808})",
+             "version: expected a whole number, found a number that is too large"},
+            {R"({"bars":-9223372036854775809})",
+             "bars: expected a whole number, found a number that is too large"},
+            {R"({"bars":1e30})", "bars: expected a whole number, found a number that is too large"},
+            {R"({"bars":{}})", "bars: expected a whole number, found an object"},
+            {R"({"loop":1})", "loop: expected true or false, found a whole number"},
+            {R"({"grid":3})", "grid: expected 1, 2 or 4, found a whole number, 3"},
+            {R"({"channels":{"kind":"wave"}})", "channels: expected a list, found an object"},
+            {R"({"channels":[{"kind":"wave"},null]})",
+             "channels[1]: expected an object, found null"},
+            {R"({"channels":[{"kind":null}]})", "channels[0].kind: missing"},
+            {inChannel(R"("kind":"organ")"),
+             R"(channels[0].kind: expected "pulse1", "pulse2", "wave" or "noise", found a string that is none)"},
+            {inChannel(R"("wave":"sine")"),
+             R"(channels[0].wave: expected "triangle", "soft" or "hollow", found a string that is none)"},
+            {inChannel(R"("duty":4)"),
+             "channels[0].duty: expected 0, 1, 2 or 3, found a whole number, 4"},
+            {inChannel(R"("notes":"x")"), "channels[0].notes: expected a list, found a string"},
+            {inChannel("\"notes\":[" + ok + "," + ok + ",[]]"),
+             "channels[0].notes[2]: expected an object, found a list"},
+            {inChannel(R"("notes":[{"pitch":1,"length":2}])"),
+             "channels[0].notes[0].start: missing"},
+            {inNote(R"("pitch":"C4")"),
+             "channels[0].notes[0].pitch: expected a whole number, found a string"},
+            {inNote(R"("id":"8B1F3C2E")"),
+             "channels[0].notes[0].id: expected a UUID, found a string that is none"},
+            // Also in a channel that would not be taken.
+            {R"({"channels":[{"kind":"wave"},{"kind":"wave","notes":[{}]}]})",
+             "channels[1].notes[0].pitch: missing"},
+        })
+        EXPECT_EQ(refusal(json), description) << json;
+}
+
+TEST(ProjectJson, SaysWhereTheSyntaxBreaks) {
+    for (const auto& [json, description] :
+         std::initializer_list<std::pair<std::string, std::string>>{
+             {"", "line 1, column 1: unexpected end of input"},
+             {"{", "line 1, column 2: "},
+             {"{}\n{}", "line 2, column 1: unexpected '{'; expected end of input"},
+             {"{\n  \"tempo\": 1,\n  \"ä\": ]\n}", "line 3, column 8: "},
+             {"{'tempo':1}", "line 1, column 2: "},
+             {"{\"tempo\":1,}", "line 1, column 12: "},
+             {"{/**/}", "line 1, column 2: "},
+             {"{}"s + '\0' + "x", "line 1, column 3: a zero byte"},
+             {"{\0}\0"s, "line 1, column 2: a zero byte"},
+             {"\xFF\xFE{", "line 1, column 1: "},
+             {"{\"x\":\"\xC3(\"}", "line 1, column 8: "},
+             {R"({"x":"\ud800"})", "line 1, column 13: "},
+             {R"({"x":1e999})", "line 1, column 10: a number is too large"},
+             {R"({"x":+1})", "line 1, column 6: "},
+         }) {
+        const std::string words = refusal(json);
+        EXPECT_TRUE(words.starts_with(description)) << json << "\n" << words;
+        EXPECT_EQ(words.find("json.exception"), std::string::npos) << words;
+    }
+    // However long what stands there.
+    EXPECT_LT(refusal("{\"x\":\"" + std::string(100'000, 'y')).size(), 100U);
+}
+
+TEST(ProjectJson, RefusesASongThatIsCutAnywhere) {
+    const std::string json =
+        encodeProject(song().note(60, 0, 1).on(ChannelKind::noise).note(2, 8, 4));
+    for (std::size_t size = 0; size < json.size(); ++size)
+        ASSERT_NE(refusal(std::string_view(json).substr(0, size)), "") << size;
+}
+
+TEST(ProjectJson, SurvivesDeepAndLongFiles) {
+    constexpr std::size_t levels = 100'000;
+    const auto repeated = [](std::string_view text, std::size_t count) {
+        std::string result;
+        result.reserve(text.size() * count);
+        for (std::size_t i = 0; i < count; ++i)
+            result += text;
+        return result;
+    };
+    const std::string nested = repeated("[", levels) + repeated("]", levels);
+    EXPECT_EQ(decodeProject("{\"x\":" + nested + "}"), Project());
+    EXPECT_EQ(refusal("{\"channels\":" + nested + "}"),
+              "channels[0]: expected an object, found a list");
+    EXPECT_NE(refusal(repeated("{\"channels\":[{\"notes\":[", levels)), "");
+    EXPECT_EQ(decodeProject("{\"x\":[" + repeated("{},", 1'000'000) + "0]}"), Project());
+    EXPECT_EQ(refusal("{\"channels\":[" + repeated("{},", 1'000'000) + "0]}"),
+              "channels[0].kind: missing");
+
+    const std::string note = R"({"pitch":60,"start":0,"length":1})";
+    const std::string notes = repeated(note + ",", 100'000) + note;
+    EXPECT_EQ(decodeProject(inChannel("\"notes\":[" + notes + "]")).channels[2].notes.size(),
+              100'001U);
+}
+
+} // namespace
+} // namespace mossbit
