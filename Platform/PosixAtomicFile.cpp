@@ -1,0 +1,249 @@
+#include "Platform/PosixAtomicFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <random>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace mossbit {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view temporaryPrefix = ".mossbit-";
+constexpr std::string_view temporarySuffix = ".tmp";
+constexpr std::size_t temporaryDigits = 16;
+
+[[noreturn]] void fail(int error, const fs::path& path) {
+    throw std::system_error(error, std::generic_category(), path.string());
+}
+
+/// Repeats a call for as long as signals interrupt it.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&&) = delete;
+    ~Descriptor() {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+
+    explicit operator bool() const { return m_number >= 0; }
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+/// Not made from the target's name, which may already be as long as names can be.
+std::string temporaryName() {
+    std::random_device random;
+    const std::uint64_t number = std::uint64_t{random()} << 32 | random();
+    std::array<char, temporaryDigits + 1> digits{};
+    std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
+    return std::string(temporaryPrefix).append(digits.data()).append(temporarySuffix);
+}
+
+bool isTemporaryName(std::string_view name) {
+    if (name.size() != temporaryPrefix.size() + temporaryDigits + temporarySuffix.size() ||
+        !name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix))
+        return false;
+    const std::string_view digits = name.substr(temporaryPrefix.size(), temporaryDigits);
+    return digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+/// The file that a symbolic link points at in the end, existing or not.
+fs::path linkTarget(fs::path path) {
+    constexpr int mostLinks = 40;
+    for (int links = 0; fs::is_symlink(path); ++links) {
+        if (links == mostLinks)
+            fail(ELOOP, path);
+        path = path.parent_path() / fs::read_symlink(path);
+    }
+    return path;
+}
+
+/// The file to be replaced, nothing for a new one. Throws where replacing it would be wrong: the
+/// rename alone would also put a file in a device's place or overwrite what is write-protected.
+std::optional<struct stat> statusOfTarget(const fs::path& target) {
+    struct stat status {};
+    if (::stat(target.c_str(), &status) != 0) {
+        if (errno == ENOENT)
+            return std::nullopt;
+        fail(errno, target);
+    }
+    if (S_ISDIR(status.st_mode))
+        fail(EISDIR, target);
+    if (!S_ISREG(status.st_mode))
+        fail(ENOTSUP, target);
+    if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
+        fail(errno, target);
+    return status;
+}
+
+fs::path folderOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+/// A temporary file that is removed again unless it was renamed.
+class Temporary {
+public:
+    Temporary(const PosixFileCalls& calls, const fs::path& folder, mode_t mode)
+        : m_calls(calls), m_path(), m_file(create(folder, mode)) {}
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+    ~Temporary() {
+        if (!m_path.empty())
+            ::unlink(m_path.c_str());
+    }
+
+    void adoptPermissions(const struct stat& old) {
+        struct stat now {};
+        if (::fstat(m_file.number(), &now) != 0)
+            fail(errno, m_path);
+        // Only the superuser can give files away; for others the file becomes the user's own.
+        if (now.st_uid != old.st_uid || now.st_gid != old.st_gid)
+            static_cast<void>(!::fchown(m_file.number(), old.st_uid, old.st_gid));
+        constexpr mode_t permissionBits = 07777;
+        const mode_t mode = old.st_mode & permissionBits;
+        if ((now.st_mode & permissionBits) != mode && ::fchmod(m_file.number(), mode) != 0)
+            fail(errno, m_path);
+    }
+
+    void write(std::string_view bytes) {
+        // Some systems refuse 2 GiB and more at once.
+        constexpr std::size_t largestPiece = std::size_t{1} << 30;
+        while (!bytes.empty()) {
+            const std::size_t size = std::min(bytes.size(), largestPiece);
+            const ssize_t count =
+                uninterrupted([&] { return m_calls.write(m_file.number(), bytes.data(), size); });
+            if (count <= 0)
+                fail(count < 0 ? errno : ENOSPC, m_path);
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        }
+        if (uninterrupted([&] { return m_calls.sync(m_file.number()); }) != 0)
+            fail(errno, m_path);
+    }
+
+    void renameTo(const fs::path& target) {
+        if (m_calls.rename(m_path.c_str(), target.c_str()) != 0)
+            fail(errno, target);
+        m_path.clear();
+    }
+
+private:
+    Descriptor create(const fs::path& folder, mode_t mode) {
+        constexpr int mostTries = 100;
+        for (int tries = 0; tries < mostTries; ++tries) {
+            const fs::path path = folder / temporaryName();
+            Descriptor file(uninterrupted([&] {
+                return m_calls.open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+            }));
+            if (!file && errno == EEXIST)
+                continue;
+            if (!file)
+                fail(errno, path);
+            if (isOurs(file)) {
+                m_path = path;
+                return file;
+            }
+        }
+        fail(EEXIST, folder);
+    }
+
+    /// Locks the file. Someone who removes leftovers may have come between its making and this.
+    static bool isOurs(const Descriptor& file) {
+        struct stat status {};
+        const bool isTaken = ::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        return !isTaken && ::fstat(file.number(), &status) == 0 && status.st_nlink > 0;
+    }
+
+    const PosixFileCalls& m_calls;
+    fs::path m_path;
+    Descriptor m_file;
+};
+
+int syncToDisk(int descriptor) {
+#ifdef F_FULLFSYNC
+    // There fsync leaves the bytes in the drive's cache. Not every file system knows this call.
+    if (::fcntl(descriptor, F_FULLFSYNC) == 0)
+        return 0;
+#endif
+    return ::fsync(descriptor);
+}
+
+} // namespace
+
+PosixFileCalls PosixFileCalls::real() {
+    return {
+        .open = [](const char* path, int flags, mode_t mode) { return ::open(path, flags, mode); },
+        .write = ::write,
+        .sync = syncToDisk,
+        .rename = ::rename,
+    };
+}
+
+PosixAtomicFile::PosixAtomicFile(PosixFileCalls calls) : m_calls(std::move(calls)) {}
+
+void PosixAtomicFile::write(const fs::path& path, std::string_view bytes) {
+    const fs::path target = linkTarget(path);
+    const std::optional<struct stat> old = statusOfTarget(target);
+    const fs::path folder = folderOf(target);
+    // What replaces a private file must not be readable for a moment either.
+    constexpr mode_t newFile = 0666, privateFile = 0600;
+    {
+        Temporary temporary(m_calls, folder, old ? privateFile : newFile);
+        if (old)
+            temporary.adoptPermissions(*old);
+        temporary.write(bytes);
+        temporary.renameTo(target);
+    }
+    const Descriptor folderFile(
+        m_calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
+    if (folderFile)
+        m_calls.sync(folderFile.number());
+}
+
+void PosixAtomicFile::removeLeftovers(const fs::path& folder) noexcept {
+    try {
+        std::vector<fs::path> candidates;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+            if (isTemporaryName(entry.path().filename().string()))
+                candidates.push_back(entry.path());
+        }
+        for (const fs::path& path : candidates) {
+            const Descriptor file(
+                ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+            struct stat status {};
+            if (file && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+                ::flock(file.number(), LOCK_EX | LOCK_NB) == 0)
+                ::unlink(path.c_str());
+        }
+    } catch (const std::exception&) {
+        // A folder that cannot be listed keeps what it holds.
+    }
+}
+
+} // namespace mossbit

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/AtomicFile.h"
+
+#include <functional>
+
+#include <sys/types.h>
+
+namespace mossbit {
+
+/// The system calls that a full or broken disk makes fail, as the POSIX ones: on an error they
+/// return -1 and set `errno`. Tests replace them.
+struct PosixFileCalls {
+    std::function<int(const char* path, int flags, mode_t mode)> open;
+    std::function<ssize_t(int descriptor, const void* bytes, std::size_t count)> write;
+    /// Returns when file or folder are on the disk.
+    std::function<int(int descriptor)> sync;
+    std::function<int(const char* from, const char* to)> rename;
+
+    static PosixFileCalls real();
+};
+
+/// The file system of a POSIX system.
+///
+/// A temporary file is locked for as long as its writer lives, on whatever machine that runs, so
+/// what can be locked in `removeLeftovers` is nobody's any more.
+class PosixAtomicFile final : public AtomicFile {
+public:
+    explicit PosixAtomicFile(PosixFileCalls calls = PosixFileCalls::real());
+
+    void write(const std::filesystem::path& path, std::string_view bytes) override;
+    void removeLeftovers(const std::filesystem::path& folder) noexcept override;
+
+private:
+    PosixFileCalls m_calls;
+};
+
+} // namespace mossbit

@@ -1,0 +1,212 @@
+#include "Platform/PosixAtomicFile.h"
+
+#include "Tests/Support/ScratchFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <functional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace mossbit {
+namespace {
+
+namespace fs = std::filesystem;
+
+mode_t modeOf(const fs::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+/// The error number of a failed write, 0 where it succeeds.
+int writeError(PosixAtomicFile& files, const fs::path& path, std::string_view bytes = "new") {
+    try {
+        files.write(path, bytes);
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
+    return 0;
+}
+
+TEST(PosixAtomicFile, KeepsPermissionsAndGivesNewFilesTheUsualOnes) {
+    const ScratchFolder folder;
+    PosixAtomicFile files;
+    const mode_t before = ::umask(027);
+    files.write(folder / "new", "one");
+    ::umask(before);
+    EXPECT_EQ(bytesOf(folder / "new"), "one");
+    EXPECT_EQ(modeOf(folder / "new"), 0640U);
+    for (const mode_t mode : {0600U, 0666U, 0755U}) {
+        ASSERT_EQ(::chmod((folder / "new").c_str(), mode), 0);
+        const std::string bytes = std::to_string(mode);
+        files.write(folder / "new", bytes);
+        EXPECT_EQ(bytesOf(folder / "new"), bytes);
+        EXPECT_EQ(modeOf(folder / "new"), mode);
+    }
+    EXPECT_EQ(folder.entryCount(), 1);
+}
+
+TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {
+    const ScratchFolder folder;
+    fs::create_directories(folder / "songs/deep");
+    putBytes(folder / "songs/old", "old");
+    fs::create_symlink("songs/deep", folder / "shortcut");
+    fs::create_symlink("../old", folder / "songs/deep/up");
+    fs::create_symlink("shortcut/up", folder / "chain");
+    fs::create_symlink(folder / "songs/missing", folder / "dangling");
+    fs::create_symlink("loop", folder / "loop");
+    PosixAtomicFile files;
+    files.write(folder / "chain", "new");
+    files.write(folder / "dangling", "made");
+    EXPECT_EQ(bytesOf(folder / "songs/old"), "new");
+    EXPECT_EQ(bytesOf(folder / "songs/missing"), "made");
+    EXPECT_TRUE(fs::is_symlink(folder / "chain") && fs::is_symlink(folder / "songs/deep/up"));
+    EXPECT_TRUE(fs::is_symlink(folder / "dangling"));
+    EXPECT_EQ(writeError(files, folder / "loop"), ELOOP);
+}
+
+TEST(PosixAtomicFile, RefusesWhatIsNoFileToReplace) {
+    const ScratchFolder folder;
+    fs::create_directory(folder / "folder");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    putBytes(folder / "file", "");
+    PosixAtomicFile files;
+    EXPECT_EQ(writeError(files, folder / "folder"), EISDIR);
+    EXPECT_EQ(writeError(files, folder / "pipe"), ENOTSUP);
+    EXPECT_EQ(writeError(files, folder / "missing/file"), ENOENT);
+    EXPECT_EQ(writeError(files, folder / "file/file"), ENOTDIR);
+    EXPECT_EQ(folder.entryCount(), 3);
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
+}
+
+TEST(PosixAtomicFile, RefusesWriteProtectedFiles) {
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root may write everything";
+    const ScratchFolder folder;
+    putBytes(folder / "file", "old");
+    ASSERT_EQ(::chmod((folder / "file").c_str(), 0444), 0);
+    PosixAtomicFile files;
+    EXPECT_EQ(writeError(files, folder / "file"), EACCES);
+    EXPECT_EQ(bytesOf(folder / "file"), "old");
+}
+
+TEST(PosixAtomicFile, LeavesEverythingAsItWasWhenAStepFails) {
+    const auto failing = [](int error) {
+        return [error](auto&&...) {
+            errno = error;
+            return -1;
+        };
+    };
+    const auto outOfSpace = [room = ssize_t{2}](int descriptor, const void* bytes,
+                                                std::size_t) mutable -> ssize_t {
+        errno = ENOSPC;
+        const ssize_t size = std::exchange(room, 0);
+        return size == 0 ? -1 : ::write(descriptor, bytes, static_cast<std::size_t>(size));
+    };
+    using Break = std::function<void(PosixFileCalls&)>;
+    for (const auto& [error, breakCalls] : std::initializer_list<std::pair<int, Break>>{
+             {EACCES, [&](PosixFileCalls& calls) { calls.open = failing(EACCES); }},
+             {EROFS, [&](PosixFileCalls& calls) { calls.open = failing(EROFS); }},
+             {EEXIST, [&](PosixFileCalls& calls) { calls.open = failing(EEXIST); }},
+             {EIO, [&](PosixFileCalls& calls) { calls.write = failing(EIO); }},
+             {ENOSPC, [&](PosixFileCalls& calls) { calls.write = outOfSpace; }},
+             {ENOSPC, [&](PosixFileCalls& calls) { calls.write = [](auto&&...) { return 0; }; }},
+             {EDQUOT, [&](PosixFileCalls& calls) { calls.sync = failing(EDQUOT); }},
+             {EPERM, [&](PosixFileCalls& calls) { calls.rename = failing(EPERM); }},
+         }) {
+        const ScratchFolder folder;
+        putBytes(folder / "old", "old");
+        PosixFileCalls calls = PosixFileCalls::real();
+        breakCalls(calls);
+        PosixAtomicFile files(calls);
+        EXPECT_EQ(writeError(files, folder / "old"), error);
+        EXPECT_NE(writeError(files, folder / "fresh"), 0);
+        EXPECT_EQ(bytesOf(folder / "old"), "old") << error;
+        EXPECT_EQ(folder.entryCount(), 1) << error;
+    }
+}
+
+TEST(PosixAtomicFile, WritesEverythingInWhateverPiecesTheSystemTakes) {
+    const ScratchFolder folder;
+    PosixFileCalls calls = PosixFileCalls::real();
+    calls.write = [turn = 0](int descriptor, const void* bytes, std::size_t count) mutable {
+        errno = EINTR;
+        return ++turn % 2 == 1 ? -1 : ::write(descriptor, bytes, std::min<std::size_t>(count, 3));
+    };
+    PosixAtomicFile(calls).write(folder / "file", "0123456789");
+    EXPECT_EQ(bytesOf(folder / "file"), "0123456789");
+}
+
+TEST(PosixAtomicFile, SyncsTheFileBeforeAndTheFolderAfterTheRename) {
+    const ScratchFolder folder;
+    std::vector<std::string> steps;
+    PosixFileCalls calls = PosixFileCalls::real();
+    calls.sync = [&](int descriptor) {
+        struct stat status {};
+        ::fstat(descriptor, &status);
+        const bool isFolder = S_ISDIR(status.st_mode);
+        steps.emplace_back(isFolder ? "sync folder" : "sync file");
+        errno = EIO;
+        return isFolder ? -1 : 0;
+    };
+    calls.rename = [&](const char* from, const char* to) {
+        steps.emplace_back("rename");
+        return ::rename(from, to);
+    };
+    PosixAtomicFile files(calls);
+    EXPECT_EQ(writeError(files, folder / "file"), 0);
+    EXPECT_EQ(steps, (std::vector<std::string>{"sync file", "rename", "sync folder"}));
+    EXPECT_EQ(bytesOf(folder / "file"), "new");
+}
+
+TEST(PosixAtomicFile, RemovesWhatAKilledProgramLeft) {
+    const ScratchFolder folder;
+    putBytes(folder / ".mossbit-notes.tmp", "");
+    putBytes(folder / ".mossbit-0123456789ABCDEF.tmp", "");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        PosixFileCalls calls = PosixFileCalls::real();
+        calls.sync = [](int) { return ::raise(SIGKILL); };
+        PosixAtomicFile(calls).write(folder / "file", "half");
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(folder.entryCount(), 3);
+    PosixAtomicFile files;
+    files.removeLeftovers(folder.path());
+    EXPECT_EQ(folder.entryCount(), 2);
+    files.removeLeftovers(folder / "missing");
+}
+
+TEST(PosixAtomicFile, SparesTheTemporariesOfTheLiving) {
+    const ScratchFolder folder;
+    PosixFileCalls calls = PosixFileCalls::real();
+    const auto removeLeftovers = [&] { PosixAtomicFile().removeLeftovers(folder.path()); };
+    calls.sync = [&](int) {
+        removeLeftovers();
+        return 0;
+    };
+    // Between the making of the file and its lock it does get lost; then there is another.
+    calls.open = [&, isFirst = true](const char* path, int flags, mode_t mode) mutable {
+        const int descriptor = ::open(path, flags, mode);
+        if (std::exchange(isFirst, false))
+            removeLeftovers();
+        return descriptor;
+    };
+    PosixAtomicFile(calls).write(folder / "file", "whole");
+    EXPECT_EQ(bytesOf(folder / "file"), "whole");
+    EXPECT_EQ(folder.entryCount(), 1);
+}
+
+} // namespace
+} // namespace mossbit
