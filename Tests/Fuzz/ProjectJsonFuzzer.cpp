@@ -1,0 +1,59 @@
+#include "Services/ProjectJson.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+using namespace mossbit;
+
+void require(bool condition, std::string_view what) {
+    if (condition)
+        return;
+    std::cerr << "Not so: " << what << std::endl;
+    std::abort();
+}
+
+bool isWithin(std::int64_t value, std::int64_t lowest, std::int64_t highest) {
+    return value >= lowest && value <= highest;
+}
+
+void requireLimits(const Project& project) {
+    require(isWithin(project.tempo, lowestTempo, highestTempo), "the tempo is within limits");
+    require(std::count(allBarCounts.begin(), allBarCounts.end(), project.bars) == 1,
+            "the bar count is one of the known");
+    require(project.channels.size() == allChannelKinds.size(), "there are four channels");
+    for (std::size_t i = 0; i < project.channels.size(); ++i) {
+        const Channel& channel = project.channels[i];
+        const bool isNoise = channel.kind == ChannelKind::noise;
+        require(channel.kind == allChannelKinds[i], "the channels are in their order");
+        require(isWithin(channel.volume, 0, highestVolume), "the volume is within limits");
+        for (const Note& note : channel.notes) {
+            require(isWithin(note.pitch, isNoise ? 0 : PitchRange::lowest,
+                             isNoise ? 3 : PitchRange::highest),
+                    "the channel can play the pitch");
+            require(isWithin(note.start, 0, project.totalTicks() - 1), "the note starts inside");
+            require(isWithin(note.length, 1, project.totalTicks() - note.start),
+                    "the note ends inside");
+        }
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Project project;
+    try {
+        project = decodeProject({reinterpret_cast<const char*>(data), size});
+    } catch (const DecodingError& error) {
+        require(error.what()[0] != '\0', "a refusal has a description");
+        return 0;
+    }
+    requireLimits(project);
+    const std::string written = encodeProject(project);
+    require(decodeProject(written) == project, "a written project reads back equal");
+    return 0;
+}
