@@ -1,0 +1,134 @@
+#include "Audio/ChipCore.h"
+
+#include "Tests/Support/AllocationGuard.h"
+#include "Tests/Support/FullSong.h"
+#include "Tests/Support/RandomSong.h"
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace mossbit {
+namespace {
+
+std::shared_ptr<const RenderPattern> compiled(const Project& project) {
+    return std::make_shared<const RenderPattern>(project);
+}
+
+/// A thread that renders without a pause, as an audio device does but faster, and under a guard
+/// that forbids it to allocate or free memory.
+class RenderingThread {
+public:
+    explicit RenderingThread(ChipCore& core)
+        : m_thread([this, &core] {
+              std::vector<float> block(256);
+              const AllocationGuard guard;
+              while (!m_stop) {
+                  core.render(block);
+                  for (const float sample : block)
+                      m_outOfRange = m_outOfRange || !(std::abs(sample) <= 1);
+                  ++m_blocks;
+              }
+          }) {}
+
+    ~RenderingThread() {
+        m_stop = true;
+        m_thread.join();
+        EXPECT_FALSE(m_outOfRange);
+    }
+
+    void waitForBlocks(int count) const {
+        const int goal = m_blocks + count;
+        while (m_blocks < goal)
+            std::this_thread::yield();
+    }
+
+private:
+    std::atomic<bool> m_stop = false;
+    std::atomic<int> m_blocks = 0;
+    std::atomic<bool> m_outOfRange = false;
+    std::thread m_thread;
+};
+
+TEST(HandOver, RenderNeitherAllocatesNorFrees) {
+    if (!AllocationGuard::isEffective())
+        GTEST_SKIP() << "A sanitizer brings an allocator of its own.";
+    ChipCore core(compiled(fullSong()), 44100);
+    std::vector<float> block(512);
+    for (int i = 0; i < 500; ++i) {
+        core.update(compiled(song({.tempo = 40 + i % 200, .bars = 1}).note(60, 0, 1)));
+        if (i % 7 == 0)
+            core.rewind();
+        if (i % 11 == 0)
+            core.silence();
+        const AllocationGuard guard;
+        core.render(block);
+    }
+}
+
+TEST(HandOver, PatternsAreReleasedOnceNobodyPlaysThem) {
+    ChipCore core(compiled(Project()), 44100);
+    std::vector<float> block(64);
+    std::vector<std::weak_ptr<const RenderPattern>> patterns;
+    for (int i = 0; i < 5; ++i) {
+        const auto pattern = compiled(Project());
+        patterns.emplace_back(pattern);
+        core.update(pattern);
+        core.render(block);
+    }
+    core.update(compiled(Project()));
+    // The one that the last render call still holds, and none before it.
+    for (std::size_t i = 0; i + 1 < patterns.size(); ++i)
+        EXPECT_TRUE(patterns[i].expired()) << i;
+}
+
+TEST(HandOver, ARunningCallDoesNotUndoARewind) {
+    ChipCore core(compiled(Project()), 44100);
+    const auto pattern = compiled(song({.bars = 1, .loop = false}).note(60, 0, 1));
+    core.update(pattern);
+    const long before = pattern.use_count();
+    std::vector<float> block(1'000'000); // Past the end of the song.
+    std::thread thread([&] { core.render(block); });
+    // Once the call has taken the pattern, an order can only be for the next call.
+    while (pattern.use_count() == before)
+        std::this_thread::yield();
+    core.rewind();
+    EXPECT_EQ(core.publishedTick(), -1);
+    EXPECT_FALSE(core.isFinished());
+    thread.join();
+    EXPECT_EQ(core.publishedTick(), -1);
+    EXPECT_FALSE(core.isFinished());
+
+    ChipCore fresh(pattern, 44100);
+    std::vector<float> expected(20'000);
+    fresh.render(expected);
+    block.resize(expected.size());
+    core.render(block);
+    EXPECT_TRUE(block == expected);
+    EXPECT_EQ(core.publishedTick(), 3);
+}
+
+TEST(HandOver, EditsRewindsAndSilencesMeetARenderingThread) {
+    std::mt19937 random(3);
+    ChipCore core(compiled(randomSong(random)), 44100);
+    const RenderingThread thread(core);
+    for (int i = 0; i < 400; ++i) {
+        core.update(compiled(randomSong(random)));
+        if (random() % 3 == 0)
+            core.rewind();
+        if (random() % 5 == 0)
+            core.silence();
+        EXPECT_LE(core.publishedTick(), 4 * 16);
+        EXPECT_GE(core.publishedTick(), -1);
+        [[maybe_unused]] const bool finished = core.isFinished();
+    }
+}
+
+} // namespace
+} // namespace mossbit
