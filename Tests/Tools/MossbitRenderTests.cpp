@@ -1,0 +1,71 @@
+#include "Services/ProjectStore.h"
+#include "Tests/Support/ScratchFolder.h"
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sys/wait.h>
+
+namespace mossbit {
+namespace {
+
+struct Outcome {
+    int status;
+    std::string errors;
+};
+
+/// Runs the converter; `arguments` are words for the shell.
+Outcome run(const ScratchFolder& folder, const std::string& arguments) {
+    const auto log = folder / "stderr";
+    const std::string command = "cd '" + folder.path().string() + "' && '" MOSSBIT_RENDER "' " +
+                                arguments + " 2>'" + log.string() + "'";
+    const int status = std::system(command.c_str());
+    return {WEXITSTATUS(status), bytesOf(log)};
+}
+
+TEST(MossbitRender, TurnsAProjectIntoAWavFileAndSaysNothing) {
+    const ScratchFolder folder;
+    putBytes(folder / "in.mossbit", ProjectStore::encode(song({.bars = 1}).note(60, 0, 4)));
+    const Outcome outcome = run(folder, "in.mossbit out.wav");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(bytesOf(folder / "out.wav").size(), 352844U);
+}
+
+TEST(MossbitRender, FailsWithOneLineAndLeavesTheOldFileWhole) {
+    const ScratchFolder folder;
+    putBytes(folder / "song.mossbit", ProjectStore::encode(song({.bars = 1}).note(60, 0, 4)));
+    putBytes(folder / "empty.mossbit", "{}");
+    putBytes(folder / "broken.mossbit", "{\"tempo\" : ");
+    putBytes(folder / "wrong.mossbit", "{\"tempo\" : \"fast\"}");
+    std::filesystem::create_directory(folder / "folder");
+    struct Case {
+        std::string arguments, mentions;
+    };
+    for (const Case& c : {Case{"", "usage"}, Case{"song.mossbit", "usage"},
+                          Case{"song.mossbit out.wav more", "usage"},
+                          Case{"missing.mossbit out.wav", "No such file or directory"},
+                          Case{"'two\nlines' out.wav", "No such file or directory"},
+                          Case{"folder out.wav", "Is a directory"},
+                          Case{"empty.mossbit out.wav", "There are no notes to export yet."},
+                          Case{"broken.mossbit out.wav", "line 1"},
+                          Case{"wrong.mossbit out.wav", "tempo: expected a whole number"},
+                          Case{"song.mossbit missing/out.wav", "No such file or directory"},
+                          Case{"song.mossbit folder", "Is a directory"},
+                          Case{"song.mossbit ./song.mossbit", "the same file"}}) {
+        putBytes(folder / "out.wav", "old");
+        const Outcome outcome = run(folder, c.arguments);
+        EXPECT_NE(outcome.status, 0) << c.arguments;
+        EXPECT_NE(outcome.errors.find(c.mentions), std::string::npos) << outcome.errors;
+        EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1)
+            << outcome.errors;
+        EXPECT_EQ(outcome.errors.back(), '\n');
+        EXPECT_EQ(bytesOf(folder / "out.wav"), "old") << c.arguments;
+    }
+    EXPECT_EQ(folder.entryCount(), 7) << "a temporary file was left";
+}
+
+} // namespace
+} // namespace mossbit

@@ -1,0 +1,52 @@
+// mossbit-render IN.mossbit OUT.wav: a project file in, a WAV file out, no window.
+
+#include "Platform/PosixAtomicFile.h"
+#include "Services/ErrorDescription.h"
+#include "Services/ProjectStore.h"
+#include "Services/WAVExporter.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace {
+
+/// One line on standard error, whatever line breaks a file name brings along.
+int fail(std::string message) {
+    for (char& c : message) {
+        if (c == '\n' || c == '\r')
+            c = ' ';
+    }
+    std::fprintf(stderr, "mossbit-render: %s\n", message.c_str());
+    return EXIT_FAILURE;
+}
+
+int render(const char* in, const char* out) {
+    std::error_code differs;
+    if (std::filesystem::equivalent(in, out, differs))
+        return fail(std::string(out) + ": the song and the sound would be the same file");
+    mossbit::Project project;
+    try {
+        project = mossbit::ProjectStore::read(in);
+    } catch (const std::exception& error) {
+        return fail(std::string(in) + ": " + mossbit::description(error));
+    }
+    try {
+        mossbit::PosixAtomicFile files;
+        mossbit::WAVExporter::exportProject(project, out, files);
+    } catch (const std::exception& error) {
+        return fail(std::string(out) + ": " + mossbit::description(error));
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3)
+        return fail("usage: mossbit-render IN.mossbit OUT.wav");
+    return render(argv[1], argv[2]);
+}
