@@ -1,4 +1,5 @@
 #include "Audio/ChipCore.h"
+#include "Benchmarks/Measure.h"
 #include "Tests/Support/FullSong.h"
 
 #include <benchmark/benchmark.h>
@@ -51,6 +52,20 @@ void RenderFullSong(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(blockFrames));
 }
 BENCHMARK(RenderFullSong)->Arg(44100)->Arg(48000);
+
+/// One block as a device asks for it, each call by itself, in the thread's processor time.
+void RenderBlockOf512(benchmark::State& state) {
+    ChipCore core(std::make_shared<const RenderPattern>(fullSong()), 48000);
+    std::vector<float> output(512);
+    std::vector<double> microseconds;
+    for (auto _ : state) {
+        const double start = threadSeconds();
+        core.render(output);
+        microseconds.push_back((threadSeconds() - start) * 1e6);
+    }
+    reportPercentiles(state, std::move(microseconds), "us");
+}
+BENCHMARK(RenderBlockOf512)->Iterations(100'000);
 
 } // namespace
 } // namespace mossbit
