@@ -16,6 +16,7 @@ namespace {
 /// it take more memory than a project of that length, and does not recurse.
 class ProjectReader {
 public:
+    // NOLINTBEGIN(readability-identifier-naming): the library's names.
     bool null() { return take({}); }
     bool boolean(bool flag) { return take({.kind = ValueKind::boolean, .boolean = flag}); }
     bool number_integer(std::int64_t number) {
@@ -78,6 +79,8 @@ public:
         m_errorWords = error.what();
         return false;
     }
+
+    // NOLINTEND(readability-identifier-naming)
 
     Member<Project> takeProject() { return std::move(m_result); }
     /// In bytes from 1.
