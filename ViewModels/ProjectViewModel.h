@@ -1,0 +1,220 @@
+#pragma once
+
+#include "Audio/AudioEngine.h"
+#include "Models/Project.h"
+#include "Platform/AtomicFile.h"
+#include "Platform/AudioOutput.h"
+#include "Platform/Dialogs.h"
+#include "Platform/MainLoop.h"
+#include "Platform/SystemLog.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace mossbit {
+
+/// What the view model needs of the system. All of it outlives the view model.
+struct ViewModelServices {
+    MainLoop& mainLoop;
+    Dialogs& dialogs;
+    AtomicFile& files;
+    AudioOutput& audioOutput;
+    SystemLog& log;
+};
+
+/// The open document and everything that can be done to it. Main thread only. Each signal is sent
+/// after its field has changed, and only then.
+class ProjectViewModel : public QObject {
+    Q_OBJECT
+
+public:
+    using Selection = std::unordered_set<Uuid>;
+
+    /// The fields of a note that `updateNote` replaces; absent ones stay.
+    struct NoteChange {
+        std::optional<std::int64_t> pitch = std::nullopt;
+        std::optional<std::int64_t> start = std::nullopt;
+        std::optional<std::int64_t> length = std::nullopt;
+    };
+
+    static constexpr std::size_t undoLimit = 200;
+
+    /// Opens `project`; without one, what the last run left in `autosaveURL`; failing that, a new
+    /// project. Without `autosaveURL` nothing is ever autosaved.
+    ProjectViewModel(const ViewModelServices& services, std::optional<Project> project,
+                     std::optional<std::filesystem::path> autosaveURL);
+    ~ProjectViewModel() override;
+
+    // Reading.
+
+    const Project& project() const { return m_project; }
+    /// 0 … 3, the channel that every note operation works on.
+    int selectedChannelIndex() const { return m_selectedChannelIndex; }
+    const Channel& selectedChannel() const;
+    const Selection& selection() const { return m_selection; }
+    /// The first note of the selected channel with that identifier.
+    std::optional<Note> note(const Uuid& id) const;
+    bool isPlaying() const { return m_isPlaying; }
+    /// The tick being heard; −1 when stopped.
+    std::int64_t playhead() const { return m_playhead; }
+    const std::optional<std::filesystem::path>& fileURL() const { return m_fileURL; }
+    /// The file's name without its extension; "Untitled" without a file.
+    std::string documentName() const;
+    bool hasUnsavedChanges() const { return m_hasUnsavedChanges; }
+    /// A message that the window shows and then clears.
+    const std::optional<std::string>& alertMessage() const { return m_alertMessage; }
+    /// Whether a text field has the keyboard, so that plain keys are not commands.
+    bool isEditingText() const { return m_isEditingText; }
+    bool canUndo() const { return !m_undoStack.empty(); }
+    bool canRedo() const { return !m_redoStack.empty(); }
+
+    // Notes of the selected channel.
+
+    /// Adds a note of one grid step at the grid step that holds `start`, and selects it.
+    void addNote(std::int64_t pitch, std::int64_t start);
+    /// Stores the values as they are and records no undo step: a drag records one when it begins.
+    void updateNote(const Uuid& id, const NoteChange& change);
+    void deleteNote(const Uuid& id);
+    void deleteSelection();
+    void setSelection(Selection selection);
+    void selectAll();
+    /// 0 … 3. Another channel empties the selection.
+    void setSelectedChannelIndex(int index);
+
+    // Settings. Each records one undo step, and none if nothing changes.
+
+    void setVolume(std::int64_t volume, int channel);
+    void toggleMute(int channel);
+    void setDuty(Duty duty, int channel);
+    void setWavePreset(WavePreset preset, int channel);
+    void setTempo(std::int64_t tempo);
+    /// Ignores any other count than 1, 2, 4, 8, 16.
+    void setBars(std::int64_t bars);
+    void setGrid(GridDivision grid);
+    void toggleLoop();
+
+    // Undo.
+
+    /// Records the project as it is now. One call per gesture, before its first change.
+    void pushUndo();
+    void undo();
+    void redo();
+
+    // Document.
+
+    void newProject();
+    void open();
+    /// Opens without asking about unsaved work.
+    void open(const std::filesystem::path& url);
+    /// Opens a file that the system handed over, after asking about unsaved work; if a dialog is
+    /// up, once that is answered.
+    void openHandedOver(const std::filesystem::path& url);
+    /// Writes to the document's file, or asks for one.
+    void save();
+    void saveAs();
+    void exportWAV();
+    /// Whether the document may be replaced: asks if it holds unsaved work.
+    bool confirmDiscardIfNeeded();
+    /// Writes a pending autosave now, and the document's file.
+    void flushAutosave();
+    void clearAlertMessage();
+    void setEditingText(bool editing);
+
+    // Playback.
+
+    /// Plays from tick 0, also when already playing.
+    void play();
+    void stop();
+
+Q_SIGNALS:
+    void projectChanged();
+    void selectedChannelIndexChanged();
+    void selectionChanged();
+    void isPlayingChanged();
+    void playheadChanged();
+    void fileURLChanged();
+    void hasUnsavedChangesChanged();
+    void alertMessageChanged();
+    void isEditingTextChanged();
+    /// `canUndo` or `canRedo` has changed.
+    void historyChanged();
+    /// The document was replaced by a new or opened one. Sent before `projectChanged`, when all
+    /// other fields already tell of the new document.
+    void documentReplaced();
+
+private:
+    /// What became of unsaved work before the document is replaced.
+    enum class UnsavedWork { notAsked, saved, discarded, kept };
+
+    /// Sets a field, and tells its observers if that changes it.
+    template <typename Field>
+    void assign(Field& field, Field value, void (ProjectViewModel::*changed)()) {
+        if (field == value)
+            return;
+        field = std::move(value);
+        Q_EMIT(this->*changed)();
+    }
+
+    // Editing. An edit is: `pushUndo`, change the project, `didChange`.
+    std::vector<Note>& editedNotes();
+    Channel& channelAt(int index) { return m_project.channels[static_cast<std::size_t>(index)]; }
+    void pruneSelection();
+
+    // Undo.
+    template <typename Change>
+    void changeHistory(Change change);
+    void clearHistory();
+    void didChange(bool projectDiffers = true);
+    void scheduleAutosave();
+    /// `fileURL` is a copy because the task that holds it may be replaced meanwhile.
+    void autosave(std::optional<std::filesystem::path> fileURL);
+    void writeInBackground(const std::filesystem::path& url);
+
+    // Document.
+    void restore();
+    void keepUnreadableAutosave();
+    UnsavedWork askAboutUnsavedWork();
+    template <typename Dialog>
+    auto ask(Dialog dialog);
+    void openAfterAsking(const std::filesystem::path& url, UnsavedWork unsavedWork);
+    void replaceDocument(Project project, std::optional<std::filesystem::path> url,
+                         UnsavedWork unsavedWork);
+    void keepReplacedWork(const std::optional<std::filesystem::path>& replacement);
+    void write(const std::filesystem::path& url);
+    void setAlertMessage(std::optional<std::string> message);
+
+    // Playback.
+    void tick();
+    void clearPlayhead();
+
+    ViewModelServices m_services;
+    Project m_project;
+    int m_selectedChannelIndex = 0;
+    Selection m_selection;
+    bool m_isPlaying = false;
+    std::int64_t m_playhead = -1;
+    std::optional<std::filesystem::path> m_fileURL;
+    bool m_hasUnsavedChanges = false;
+    std::optional<std::string> m_alertMessage;
+    bool m_isEditingText = false;
+    AudioEngine m_audio;
+    std::optional<std::filesystem::path> m_autosaveURL;
+    std::vector<Project> m_undoStack;
+    std::vector<Project> m_redoStack;
+    std::unique_ptr<MainLoop::Task> m_autosaveTask;
+    std::unique_ptr<MainLoop::Task> m_playheadTimer;
+    bool m_isAsking = false;
+    /// Arrived while a dialog was up.
+    std::optional<std::filesystem::path> m_handedOverURL;
+    std::unique_ptr<MainLoop::Task> m_handOverTask;
+};
+
+} // namespace mossbit

@@ -1,0 +1,227 @@
+#include "ViewModels/ProjectViewModel.h"
+
+#include "Services/ErrorDescription.h"
+#include "Services/ProjectStore.h"
+#include "Services/WAVExporter.h"
+
+#include <exception>
+#include <system_error>
+
+namespace mossbit {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* projectExtension = ".mossbit";
+constexpr const char* wavExtension = ".wav";
+
+fs::path withExtension(fs::path path, const char* extension) {
+    if (path.extension().empty())
+        path += extension;
+    return path;
+}
+
+} // namespace
+
+template <typename Dialog>
+auto ProjectViewModel::ask(Dialog dialog) {
+    m_isAsking = true;
+    auto answer = dialog();
+    m_isAsking = false;
+    // A command may be about to use the answer for this document, so not before it has ended.
+    if (m_handedOverURL)
+        m_handOverTask = m_services.mainLoop.after(std::chrono::milliseconds(0), [this] {
+            openHandedOver(fs::path(*std::exchange(m_handedOverURL, std::nullopt)));
+        });
+    return answer;
+}
+
+ProjectViewModel::ProjectViewModel(const ViewModelServices& services,
+                                   std::optional<Project> project,
+                                   std::optional<fs::path> autosaveURL)
+    : m_services(services),
+      m_audio(services.audioOutput, services.log),
+      m_autosaveURL(std::move(autosaveURL)) {
+    if (project)
+        m_project = std::move(*project);
+    else if (m_autosaveURL)
+        restore();
+    m_audio.prepare(m_project);
+}
+
+ProjectViewModel::~ProjectViewModel() = default;
+
+void ProjectViewModel::restore() {
+    m_services.files.removeLeftovers(m_autosaveURL->parent_path());
+    try {
+        m_project = ProjectStore::read(*m_autosaveURL);
+    } catch (const std::exception&) {
+        keepUnreadableAutosave();
+    }
+}
+
+void ProjectViewModel::keepUnreadableAutosave() {
+    std::error_code error;
+    if (!fs::is_regular_file(*m_autosaveURL, error))
+        return;
+    // Killed half-way, the next start finds the same file and copies it again.
+    const fs::path copy = m_autosaveURL->parent_path() / "Autosave-unreadable.mossbit";
+    fs::copy_file(*m_autosaveURL, copy, fs::copy_options::overwrite_existing, error);
+    if (error)
+        // Not even readable; the next autosave would replace it all the same.
+        fs::rename(*m_autosaveURL, copy, error);
+}
+
+std::string ProjectViewModel::documentName() const {
+    return m_fileURL ? m_fileURL->stem().string() : "Untitled";
+}
+
+void ProjectViewModel::newProject() {
+    const UnsavedWork unsavedWork = askAboutUnsavedWork();
+    if (unsavedWork == UnsavedWork::kept)
+        return;
+    replaceDocument(Project(), std::nullopt, unsavedWork);
+    if (m_autosaveURL)
+        writeInBackground(*m_autosaveURL);
+}
+
+void ProjectViewModel::open() {
+    const UnsavedWork unsavedWork = askAboutUnsavedWork();
+    if (unsavedWork == UnsavedWork::kept)
+        return;
+    if (const auto url = ask([this] { return m_services.dialogs.runOpenPanel(); }))
+        openAfterAsking(*url, unsavedWork);
+}
+
+void ProjectViewModel::open(const fs::path& url) {
+    openAfterAsking(url, UnsavedWork::notAsked);
+}
+
+void ProjectViewModel::openHandedOver(const fs::path& url) {
+    if (m_isAsking) {
+        m_handedOverURL = url;
+        return;
+    }
+    const UnsavedWork unsavedWork = askAboutUnsavedWork();
+    if (unsavedWork != UnsavedWork::kept)
+        openAfterAsking(url, unsavedWork);
+}
+
+void ProjectViewModel::openAfterAsking(const fs::path& url, UnsavedWork unsavedWork) {
+    std::optional<Project> project;
+    try {
+        project = ProjectStore::read(url);
+    } catch (const std::exception& error) {
+        setAlertMessage("Could not open that project: " + description(error));
+        return;
+    }
+    replaceDocument(std::move(*project), url, unsavedWork);
+}
+
+void ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> url,
+                                       UnsavedWork unsavedWork) {
+    if (unsavedWork != UnsavedWork::discarded)
+        keepReplacedWork(url);
+    // What was discarded must not reach its file after all.
+    m_autosaveTask.reset();
+    stop();
+    const bool differs = project != m_project;
+    m_project = std::move(project);
+    assign(m_fileURL, std::move(url), &ProjectViewModel::fileURLChanged);
+    setSelection({});
+    clearHistory();
+    assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
+    m_audio.update(m_project);
+    Q_EMIT documentReplaced();
+    if (differs)
+        Q_EMIT projectChanged();
+}
+
+void ProjectViewModel::keepReplacedWork(const std::optional<fs::path>& replacement) {
+    // Restored work counts as saved, but the autosave file is the only one that holds it.
+    if (!m_autosaveURL || m_fileURL || !m_project.hasNotes())
+        return;
+    const fs::path folder = m_autosaveURL->parent_path();
+    const fs::path kept = folder / "Autosave-previous.mossbit";
+    std::error_code error;
+    // Who opens the kept song exchanges the two: the kept one is a document of its own from now on.
+    const bool isReplacement = replacement && fs::equivalent(*replacement, kept, error);
+    writeInBackground(isReplacement ? folder / "Autosave-previous-2.mossbit" : kept);
+}
+
+void ProjectViewModel::save() {
+    if (m_fileURL)
+        write(fs::path(*m_fileURL));
+    else
+        saveAs();
+}
+
+void ProjectViewModel::saveAs() {
+    const auto url = ask([this] {
+        return m_services.dialogs.runSavePanel(FileKind::project,
+                                               documentName() + projectExtension);
+    });
+    if (url)
+        write(withExtension(*url, projectExtension));
+}
+
+void ProjectViewModel::write(const fs::path& url) {
+    try {
+        m_services.files.write(url, ProjectStore::encode(m_project));
+    } catch (const std::exception& error) {
+        setAlertMessage("Could not save: " + description(error));
+        return;
+    }
+    assign(m_fileURL, std::optional(url), &ProjectViewModel::fileURLChanged);
+    assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
+}
+
+void ProjectViewModel::exportWAV() {
+    if (!m_project.hasNotes()) {
+        setAlertMessage("Add a few notes before exporting.");
+        return;
+    }
+    const auto url = ask([this] {
+        return m_services.dialogs.runSavePanel(FileKind::wav, documentName() + wavExtension);
+    });
+    if (!url)
+        return;
+    Project onePass = m_project;
+    onePass.loop = false;
+    try {
+        WAVExporter::exportProject(onePass, withExtension(*url, wavExtension), m_services.files);
+    } catch (const std::exception& error) {
+        setAlertMessage("Export failed: " + description(error));
+    }
+}
+
+bool ProjectViewModel::confirmDiscardIfNeeded() {
+    return askAboutUnsavedWork() != UnsavedWork::kept;
+}
+
+ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
+    if (!m_hasUnsavedChanges || (!m_fileURL && !m_project.hasNotes()))
+        return UnsavedWork::notAsked;
+    const std::size_t button = ask([this] {
+        return m_services.dialogs.runAlert(
+            {.message = "Save changes to " + documentName() + "?",
+             .informativeText = "Your changes will be lost if you don't save them.",
+             .buttons = {"Save", "Discard", "Cancel"}});
+    });
+    if (button == 1)
+        return UnsavedWork::discarded;
+    if (button == 0)
+        save();
+    return m_hasUnsavedChanges ? UnsavedWork::kept : UnsavedWork::saved;
+}
+
+void ProjectViewModel::clearAlertMessage() {
+    setAlertMessage(std::nullopt);
+}
+
+void ProjectViewModel::setAlertMessage(std::optional<std::string> message) {
+    assign(m_alertMessage, std::move(message), &ProjectViewModel::alertMessageChanged);
+}
+
+} // namespace mossbit

@@ -1,0 +1,99 @@
+#include "ViewModels/ProjectViewModel.h"
+
+#include "Services/ProjectStore.h"
+
+#include <exception>
+
+namespace mossbit {
+
+namespace {
+constexpr std::chrono::milliseconds autosaveDelay{800};
+}
+
+template <typename Change>
+void ProjectViewModel::changeHistory(Change change) {
+    const std::pair before(canUndo(), canRedo());
+    change();
+    if (std::pair(canUndo(), canRedo()) != before)
+        Q_EMIT historyChanged();
+}
+
+void ProjectViewModel::pushUndo() {
+    changeHistory([this] {
+        m_undoStack.push_back(m_project);
+        if (m_undoStack.size() > undoLimit)
+            m_undoStack.erase(m_undoStack.begin());
+        m_redoStack.clear();
+    });
+}
+
+void ProjectViewModel::undo() {
+    if (m_undoStack.empty())
+        return;
+    changeHistory([this] {
+        m_redoStack.push_back(std::exchange(m_project, std::move(m_undoStack.back())));
+        m_undoStack.pop_back();
+    });
+    pruneSelection();
+    didChange(m_project != m_redoStack.back());
+}
+
+void ProjectViewModel::redo() {
+    if (m_redoStack.empty())
+        return;
+    changeHistory([this] {
+        m_undoStack.push_back(std::exchange(m_project, std::move(m_redoStack.back())));
+        m_redoStack.pop_back();
+    });
+    pruneSelection();
+    didChange(m_project != m_undoStack.back());
+}
+
+void ProjectViewModel::clearHistory() {
+    changeHistory([this] {
+        m_undoStack.clear();
+        m_redoStack.clear();
+    });
+}
+
+void ProjectViewModel::didChange(bool projectDiffers) {
+    assign(m_hasUnsavedChanges, true, &ProjectViewModel::hasUnsavedChangesChanged);
+    m_audio.update(m_project);
+    scheduleAutosave();
+    if (projectDiffers)
+        Q_EMIT projectChanged();
+}
+
+void ProjectViewModel::scheduleAutosave() {
+    // The project needs no copy: whatever changes it comes here and restarts the delay, and what
+    // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
+    m_autosaveTask = m_services.mainLoop.after(autosaveDelay,
+                                               [this, fileURL = m_fileURL] { autosave(fileURL); });
+}
+
+void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
+    if (m_autosaveURL)
+        writeInBackground(*m_autosaveURL);
+    if (!fileURL)
+        return;
+    writeInBackground(*fileURL);
+    assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
+}
+
+void ProjectViewModel::flushAutosave() {
+    m_autosaveTask.reset();
+    if (m_autosaveURL)
+        writeInBackground(*m_autosaveURL);
+    if (m_fileURL)
+        writeInBackground(*m_fileURL);
+}
+
+void ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
+    try {
+        m_services.files.write(url, ProjectStore::encode(m_project));
+    } catch (const std::exception&) {
+        // Nobody asked for this write, so nobody is told. The next change tries again.
+    }
+}
+
+} // namespace mossbit
