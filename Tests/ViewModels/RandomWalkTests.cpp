@@ -1,0 +1,208 @@
+#include "Tests/Support/ViewModelHarness.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace mossbit {
+namespace {
+
+/// Does to a view model what a restless user does, and keeps its own plain account of the history.
+class Walk {
+public:
+    explicit Walk(unsigned seed) : m_random(seed), m_model(m_harness.start(Project())) {}
+
+    void step() {
+        const Project before = project();
+        switch (roll(0, 19)) {
+        case 0:
+            m_model->undo();
+            return shift(m_undo, m_redo, before);
+        case 1:
+            m_model->redo();
+            return shift(m_redo, m_undo, before);
+        case 2:
+            m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3)));
+            return;
+        case 3:
+            m_model->selectAll();
+            return;
+        case 4:
+            return select();
+        case 5:
+            return saveOrReopen();
+        default:
+            if (edit())
+                record(before);
+        }
+    }
+
+    void check() {
+        for (const Channel& channel : project().channels)
+            for (const Note& note : channel.notes)
+                ASSERT_TRUE(note.start >= 0 && note.length >= 1 &&
+                            note.start + note.length <= project().totalTicks());
+        for (const Uuid& id : m_model->selection())
+            ASSERT_TRUE(m_model->note(id));
+        ASSERT_EQ(m_model->canUndo(), !m_undo.empty());
+        ASSERT_EQ(m_model->canRedo(), !m_redo.empty());
+    }
+
+    /// All the way back and forth again, comparing every state.
+    void checkHistory() {
+        const auto all = [this](std::vector<Project>& from, std::vector<Project>& to, auto move) {
+            while (!from.empty()) {
+                const Project before = project();
+                const Project expected = from.back();
+                (m_model.get()->*move)();
+                ASSERT_EQ(project(), expected);
+                shift(from, to, before);
+            }
+        };
+        const Project end = project();
+        const std::size_t undone = m_redo.size();
+        all(m_undo, m_redo, &ProjectViewModel::undo);
+        while (m_redo.size() > undone) {
+            const Project before = project();
+            m_model->redo();
+            shift(m_redo, m_undo, before);
+        }
+        ASSERT_EQ(project(), end);
+        all(m_redo, m_undo, &ProjectViewModel::redo);
+    }
+
+private:
+    const Project& project() const { return m_model->project(); }
+
+    std::int64_t roll(std::int64_t low, std::int64_t high) {
+        return std::uniform_int_distribution<std::int64_t>(low, high)(m_random);
+    }
+
+    Uuid someNote() {
+        const auto& notes = m_model->selectedChannel().notes;
+        if (notes.empty() || roll(0, 9) == 0)
+            return Uuid::random();
+        return notes[static_cast<std::size_t>(roll(0, std::ssize(notes) - 1))].id;
+    }
+
+    std::int64_t somePitch() {
+        return m_model->selectedChannelIndex() == 3 ? roll(0, 3) : roll(36, 96);
+    }
+
+    /// Returns whether it left an undo step.
+    bool edit() {
+        const Project before = project();
+        const int channel = static_cast<int>(roll(0, 3));
+        switch (roll(0, 12)) {
+        case 0:
+            m_model->setTempo(roll(0, 400));
+            break;
+        case 1:
+            m_model->setBars(roll(0, 17));
+            break;
+        case 2:
+            m_model->setGrid(allGridDivisions[static_cast<std::size_t>(roll(0, 2))]);
+            break;
+        case 3:
+            m_model->setVolume(roll(-3, 20), channel);
+            break;
+        case 4:
+            m_model->setDuty(allDuties[static_cast<std::size_t>(roll(0, 3))], channel);
+            break;
+        case 5:
+            m_model->setWavePreset(allWavePresets[static_cast<std::size_t>(roll(0, 2))], channel);
+            break;
+        case 6:
+            roll(0, 1) == 0 ? m_model->toggleLoop() : m_model->toggleMute(channel);
+            break;
+        case 7:
+            m_model->deleteNote(someNote());
+            return true;
+        case 8:
+            if (roll(0, 4) == 0) {
+                const bool any = !m_model->selection().empty();
+                m_model->deleteSelection();
+                return any;
+            }
+            return false;
+        case 9:
+            drag();
+            return true;
+        default:
+            m_model->addNote(somePitch(), roll(-5, 300));
+        }
+        return project() != before;
+    }
+
+    void drag() {
+        m_model->pushUndo();
+        const Uuid id = someNote();
+        for (int movement = 0; movement < 5; ++movement) {
+            const std::int64_t start = roll(0, project().totalTicks() - 1);
+            m_model->updateNote(id, {.pitch = somePitch(),
+                                     .start = start,
+                                     .length = roll(1, project().totalTicks() - start)});
+        }
+    }
+
+    void select() {
+        ProjectViewModel::Selection selection;
+        for (const Note& note : m_model->selectedChannel().notes)
+            if (roll(0, 2) == 0)
+                selection.insert(note.id);
+        m_model->setSelection(std::move(selection));
+    }
+
+    void saveOrReopen() {
+        const auto file = m_harness.folder / "walk.mossbit";
+        if (roll(0, 4) == 0) {
+            m_harness.dialogs.saveAnswers = {file};
+            m_model->saveAs();
+            ASSERT_EQ(ProjectStore::read(file), project());
+        } else if (roll(0, 9) == 0 && m_model->fileURL()) {
+            m_harness.pass(1);
+            const Project saved = project();
+            m_model->open(file);
+            ASSERT_EQ(project(), saved);
+            m_undo.clear();
+            m_redo.clear();
+        }
+    }
+
+    void record(const Project& before) {
+        m_undo.push_back(before);
+        if (m_undo.size() > 200)
+            m_undo.erase(m_undo.begin());
+        m_redo.clear();
+    }
+
+    void shift(std::vector<Project>& from, std::vector<Project>& to, const Project& before) {
+        if (from.empty())
+            return;
+        ASSERT_EQ(project(), from.back());
+        from.pop_back();
+        to.push_back(before);
+    }
+
+    std::mt19937 m_random;
+    ViewModelHarness m_harness;
+    std::unique_ptr<ProjectViewModel> m_model;
+    std::vector<Project> m_undo;
+    std::vector<Project> m_redo;
+};
+
+TEST(RandomWalk, KeepsItsPromises) {
+    for (const unsigned seed : {1U, 2U, 3U, 4U}) {
+        SCOPED_TRACE(seed);
+        Walk walk(seed);
+        for (int step = 1; step <= 4000 && !testing::Test::HasFatalFailure(); ++step) {
+            walk.step();
+            walk.check();
+            if (step % 500 == 0)
+                walk.checkHistory();
+        }
+    }
+}
+
+} // namespace
+} // namespace mossbit
