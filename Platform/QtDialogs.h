@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Platform/Dialogs.h"
+
+#include <filesystem>
+
+class QWidget;
+
+namespace mossbit {
+
+/// Qt's message box and file panels, modal to one window.
+class QtDialogs final : public Dialogs {
+public:
+    /// The window that the dialogs belong to; it must outlive their use. None before this.
+    void setParentWindow(QWidget* window) { m_window = window; }
+
+    std::size_t runAlert(const Alert& alert) override;
+    std::optional<std::filesystem::path> runSavePanel(FileKind kind,
+                                                      const std::string& proposedName) override;
+    std::optional<std::filesystem::path> runOpenPanel() override;
+
+private:
+    QWidget* m_window = nullptr;
+    /// Where the last panel was closed with a file; empty before.
+    std::filesystem::path m_folder;
+};
+
+} // namespace mossbit

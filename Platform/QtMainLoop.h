@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Platform/MainLoop.h"
+
+namespace mossbit {
+
+/// The event loop of the running `QCoreApplication`, on its thread.
+class QtMainLoop final : public MainLoop {
+public:
+    std::unique_ptr<Task> after(std::chrono::milliseconds delay,
+                                std::function<void()> action) override;
+    std::unique_ptr<Task> every(std::chrono::duration<double> interval,
+                                std::function<void()> action) override;
+};
+
+} // namespace mossbit
