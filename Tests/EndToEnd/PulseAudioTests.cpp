@@ -1,0 +1,184 @@
+#include "Platform/SdlAudioOutput.h"
+#include "Tests/Support/Fakes.h"
+#include "Tests/Support/Process.h"
+#include "Tests/Support/ScratchFolder.h"
+#include "Tests/Support/SoundCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <optional>
+
+namespace mossbit {
+namespace {
+
+constexpr double rate = 48000;
+
+/// A PulseAudio server of the test's own in a scratch home, whose one device records what it is
+/// given.
+class SoundServer {
+public:
+    SoundServer() {
+        setenv("PULSE_SERVER", ("unix:" + socket()).c_str(), 1);
+        for (const char* variable : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
+            setenv(variable, m_home.path().c_str(), 1);
+        for (const char* variable : {"PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "PULSE_CONFIG_PATH",
+                                     "DBUS_SESSION_BUS_ADDRESS"})
+            unsetenv(variable);
+        setenv("SDL_AUDIODRIVER", "pulseaudio", 1);
+    }
+
+    /// False if the server or its recorder does not come up.
+    bool start() {
+        std::filesystem::remove(socket());
+        // Without norewinds the first stream stalls for a second; without the format the server
+        // would round.
+        m_server.emplace(std::vector<std::string>{
+            "pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
+            "--realtime=yes", "--high-priority=yes", "--log-target=null", "-L",
+            "module-native-protocol-unix auth-anonymous=1 socket=" + socket(), "-L",
+            "module-null-sink sink_name=out rate=48000 format=float32le channels=2 norewinds=1"});
+        return waitUntil([] { return Process({"pactl", "info"}).wait() == 0; }) && record();
+    }
+
+    void kill() {
+        m_server->kill();
+        m_recorder->kill();
+    }
+
+    Recording recording() const { return readRecording(m_home / "recording.raw"); }
+
+private:
+    std::string socket() const { return m_home / "native"; }
+
+    bool record() {
+        m_recorder.emplace(std::vector<std::string>{"parec", "-d", "out.monitor", "--rate=48000",
+                                                    "--format=float32le", "--channels=2",
+                                                    "--latency-msec=20", "--raw"},
+                           m_home / "recording.raw");
+        return waitUntil([&] { return !recording().left.empty(); });
+    }
+
+    const ScratchFolder m_home;
+    std::optional<Process> m_server;
+    std::optional<Process> m_recorder;
+};
+
+TEST(PulseAudio, PlaysWhatTheCoreRenders) {
+    SoundServer server;
+    ASSERT_TRUE(server.start());
+    SdlAudioOutput sdl;
+    WatchedOutput output(sdl);
+    EXPECT_EQ(output.outputSampleRate(), rate);
+    const Session session(output, 60'000);
+    ASSERT_TRUE(session.played());
+    // What the device still holds is played on while it is paused.
+    std::vector<float> recorded;
+    Comparison comparison;
+    EXPECT_TRUE(waitUntil([&] {
+        const Recording recording = server.recording();
+        EXPECT_EQ(recording.left, recording.right);
+        recorded = recording.left;
+        comparison = compare(recorded, session.expected(recorded));
+        return comparison.found == session.frames() || comparison.stranger >= 0;
+    }));
+    EXPECT_EQ(comparison.found, session.frames());
+    EXPECT_EQ(comparison.stranger, -1) << "of " << recorded.size();
+}
+
+/// The frame of `samples` at which a stretch of the recording lies, or −1 while there is none
+/// without gaps.
+std::ptrdiff_t placeOf(std::span<const float> recorded, std::span<const float> samples) {
+    constexpr std::size_t length = 1500;
+    for (std::size_t from = 0; from + length <= recorded.size(); from += length) {
+        const auto stretch = recorded.subspan(from, length);
+        const auto silent = std::count(stretch.begin(), stretch.end(), 0.0f);
+        if (silent > static_cast<std::ptrdiff_t>(length / 10))
+            continue;
+        const auto place =
+            std::search(samples.begin(), samples.end(), stretch.begin(), stretch.end());
+        if (place != samples.end())
+            return place - samples.begin();
+    }
+    return -1;
+}
+
+TEST(PulseAudio, PlaybackGoesOnWhenTheServerComesBack) {
+    SoundServer server;
+    ASSERT_TRUE(server.start());
+    SdlAudioOutput sdl;
+    WatchedOutput output(sdl);
+    FakeSystemLog log;
+    AudioEngine engine(output, log);
+    const Project project = unmistakableSong();
+    engine.play(project);
+    ASSERT_TRUE(engine.isPlaying());
+    // The song's loop, and some more for what is played while the server is away.
+    const std::vector<float> samples = rendered(project, rate, 3'000'000);
+    std::ptrdiff_t lastPlace = -1;
+    for (int round = 0; round < 3; ++round) {
+        const std::size_t before = output.frames();
+        ASSERT_TRUE(waitUntil([&] { return output.frames() > before + 24'000; }));
+        server.kill();
+        EXPECT_TRUE(output.isRunning());
+        ASSERT_TRUE(server.start());
+        std::ptrdiff_t place = -1;
+        EXPECT_TRUE(waitUntil([&] {
+            place = placeOf(server.recording().left, samples);
+            return place >= 0;
+        }));
+        EXPECT_GT(place, lastPlace);
+        EXPECT_LE(place, static_cast<std::ptrdiff_t>(output.frames()));
+        EXPECT_TRUE(output.isRunning());
+        lastPlace = place;
+    }
+    engine.stop();
+    EXPECT_FALSE(output.isRunning());
+    EXPECT_TRUE(log.lines.empty());
+}
+
+TEST(PulseAudio, PlaybackEndsWhenTheServerStaysAway) {
+    SoundServer server;
+    ASSERT_TRUE(server.start());
+    SdlAudioOutput output;
+    FakeSystemLog log;
+    AudioEngine engine(output, log);
+    engine.play(unmistakableSong());
+    ASSERT_TRUE(engine.isPlaying());
+    server.kill();
+    EXPECT_TRUE(waitUntil([&] { return !output.isRunning(); }));
+    engine.stop();
+    engine.play(unmistakableSong());
+    EXPECT_FALSE(engine.isPlaying());
+    EXPECT_EQ(log.lines.size(), 1);
+    ASSERT_TRUE(server.start());
+    engine.play(unmistakableSong());
+    EXPECT_TRUE(engine.isPlaying());
+}
+
+/// The server dies while nothing plays, in the seconds in which the device is still open.
+TEST(PulseAudio, PlaysAgainAfterTheServerWasReplaced) {
+    SoundServer server;
+    ASSERT_TRUE(server.start());
+    SdlAudioOutput sdl;
+    WatchedOutput output(sdl);
+    FakeSystemLog log;
+    AudioEngine engine(output, log);
+    engine.play(unmistakableSong());
+    ASSERT_TRUE(waitUntil([&] { return output.frames() > 0; }));
+    engine.stop();
+    server.kill();
+    ASSERT_TRUE(server.start());
+    engine.play(unmistakableSong());
+    ASSERT_TRUE(engine.isPlaying());
+    EXPECT_TRUE(waitUntil([&] {
+        const std::vector<float> recorded = server.recording().left;
+        return std::any_of(recorded.begin(), recorded.end(), [](float s) { return s != 0; });
+    }));
+}
+
+} // namespace
+} // namespace mossbit
