@@ -37,6 +37,9 @@ public:
     /// Whether a song that does not loop has ended and faded out.
     bool reachedEnd() const;
 
+    /// Whether the device stopped by itself while playing, and none came in its place.
+    bool hasLostOutput() const { return m_isPlaying && !m_engine.isRunning(); }
+
 private:
     AudioOutput& m_engine;
     SystemLog& m_log;

@@ -5,6 +5,7 @@ namespace mossbit {
 namespace {
 /// In seconds.
 constexpr std::chrono::duration<double> playheadInterval{1.0 / 60};
+constexpr const char* noSound = "Could not start the audio engine.";
 } // namespace
 
 void ProjectViewModel::play() {
@@ -12,7 +13,7 @@ void ProjectViewModel::play() {
     assign(m_isPlaying, m_audio.isPlaying(), &ProjectViewModel::isPlayingChanged);
     if (!m_isPlaying) {
         clearPlayhead();
-        setAlertMessage("Could not start the audio engine.");
+        setAlertMessage(noSound);
         return;
     }
     m_playheadTimer = m_services.mainLoop.every(playheadInterval, [this] { tick(); });
@@ -34,6 +35,11 @@ void ProjectViewModel::tick() {
         return;
     if (!m_project.loop && m_audio.reachedEnd()) {
         stop();
+        return;
+    }
+    if (m_audio.hasLostOutput()) {
+        stop();
+        setAlertMessage(noSound);
         return;
     }
     assign(m_playhead, m_audio.playheadTick(), &ProjectViewModel::playheadChanged);

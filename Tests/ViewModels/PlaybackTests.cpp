@@ -122,6 +122,18 @@ TEST_F(Playback, ADeviceThatDoesNotStartIsReported) {
     EXPECT_EQ(harness.loop.pendingCount(), 0U);
 }
 
+TEST_F(Playback, ADeviceThatIsLostForGoodIsReported) {
+    start(song({.bars = 1}).note(60, 0, 16));
+    listen(3 * secondsPerTick);
+    harness.output.lose();
+    listen(secondsPerTick);
+    EXPECT_FALSE(model->isPlaying());
+    EXPECT_EQ(model->playhead(), -1);
+    EXPECT_EQ(model->alertMessage(), "Could not start the audio engine.");
+    model->play();
+    EXPECT_TRUE(model->isPlaying());
+}
+
 TEST_F(Playback, ReplacingTheDocumentStopsIt) {
     const auto file = harness.store("song.mossbit", song({}).note(60, 0, 1));
     for (const bool opens : {true, false}) {
