@@ -1,0 +1,157 @@
+#include "UI/PixelPainter.h"
+
+#include "UI/PixelIcon.h"
+
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <cmath>
+
+namespace mossbit {
+
+namespace {
+
+/// The raster engine fills translucent rectangles of some 100 rows and more a hundred times more
+/// slowly per pixel than lower ones.
+constexpr int tallestTranslucentFill = 64;
+
+/// Halves go up on either side of zero: a scrolled picture is rounded like the unscrolled one.
+int nearest(double value) {
+    return static_cast<int>(std::floor(value + 0.5));
+}
+
+} // namespace
+
+PixelPainter::PixelPainter(QPainter& painter)
+    : m_painter(painter),
+      m_world(painter.worldTransform()),
+      m_toDevice(painter.deviceTransform()),
+      // What turns the painter's coordinates into the device's own, whatever lies between.
+      m_pixels(m_toDevice.inverted() * m_world) {
+    m_painter.setWorldTransform(m_pixels);
+}
+
+PixelPainter::~PixelPainter() {
+    m_painter.setWorldTransform(m_world);
+}
+
+int PixelPainter::thickness(double points) const {
+    return std::max(1, nearest(points * ratio()));
+}
+
+int PixelPainter::deviceX(double x) const {
+    return nearest(x * m_toDevice.m11() + m_toDevice.dx());
+}
+
+int PixelPainter::deviceY(double y) const {
+    return nearest(y * m_toDevice.m22() + m_toDevice.dy());
+}
+
+QRect PixelPainter::toDevice(const QRectF& rect) const {
+    const QPoint topLeft(deviceX(rect.left()), deviceY(rect.top()));
+    return {topLeft,
+            QSize(deviceX(rect.right()), deviceY(rect.bottom())) - QSize(topLeft.x(), topLeft.y())};
+}
+
+void PixelPainter::fillPixels(const QRect& pixels, const QColor& color) {
+    if (color.alpha() == 255) {
+        m_painter.fillRect(pixels, color);
+        return;
+    }
+    for (int y = pixels.top(); y <= pixels.bottom(); y += tallestTranslucentFill)
+        m_painter.fillRect(pixels.x(), y, pixels.width(),
+                           std::min(tallestTranslucentFill, pixels.bottom() + 1 - y), color);
+}
+
+void PixelPainter::fill(const QRectF& rect, const QColor& color) {
+    fillPixels(toDevice(rect), color);
+}
+
+void PixelPainter::edge(const QRectF& rect, Qt::Edge edge, const QColor& color, double width) {
+    const int pixels = thickness(width);
+    QRect line = toDevice(rect);
+    switch (edge) {
+    case Qt::TopEdge:
+        line.setHeight(pixels);
+        break;
+    case Qt::BottomEdge:
+        line.setTop(line.bottom() + 1 - pixels);
+        break;
+    case Qt::LeftEdge:
+        line.setWidth(pixels);
+        break;
+    case Qt::RightEdge:
+        line.setLeft(line.right() + 1 - pixels);
+        break;
+    }
+    fillPixels(line, color);
+}
+
+void PixelPainter::pixelBorder(const QRectF& rect, const QColor& color, double width) {
+    const int pixels = thickness(width);
+    const QRect outer = toDevice(rect);
+    const QRect inner = outer.adjusted(pixels, pixels, -pixels, -pixels);
+    // No pixel twice: the colour may be translucent.
+    fillPixels({outer.x(), outer.y(), outer.width(), pixels}, color);
+    fillPixels({outer.x(), inner.bottom() + 1, outer.width(), pixels}, color);
+    fillPixels({outer.x(), inner.y(), pixels, inner.height()}, color);
+    fillPixels({inner.right() + 1, inner.y(), pixels, inner.height()}, color);
+}
+
+void PixelPainter::icon(const PixelIcon& icon, const QPointF& topLeft) {
+    const PixelGlyph& glyph = icon.glyph;
+    // Cells are laid out from a pixel's corner, so that an icon looks the same wherever it is.
+    const QPoint origin(deviceX(topLeft.x()), deviceY(topLeft.y()));
+    const auto cellEdge = [&](int index) { return nearest(index * icon.pixel * ratio()); };
+    for (int row = 0; row < glyph.rowCount(); ++row) {
+        const int top = cellEdge(row);
+        for (int column = 0; column < glyph.columnCount(); ++column) {
+            if (!glyph.isLit(column, row))
+                continue;
+            const int left = cellEdge(column);
+            m_painter.fillRect(origin.x() + left, origin.y() + top, cellEdge(column + 1) - left,
+                               cellEdge(row + 1) - top, icon.color);
+        }
+    }
+}
+
+void PixelPainter::drawBaseline(const QString& text, const QFont& font, const QColor& color,
+                                QPointF origin) {
+    const QTransform fromDevice = m_toDevice.inverted();
+    origin = fromDevice.map(QPointF(deviceX(origin.x()), deviceY(origin.y())));
+    m_painter.setWorldTransform(m_world);
+    m_painter.setFont(font);
+    m_painter.setPen(color);
+    m_painter.drawText(origin, text);
+    m_painter.setWorldTransform(m_pixels);
+}
+
+void PixelPainter::text(const QString& text, const PixelLabel& label, const QPointF& anchor,
+                        Qt::AlignmentFlag alignment) {
+    double left = anchor.x();
+    if (alignment == Qt::AlignRight)
+        left -= label.width(text);
+    else if (alignment == Qt::AlignHCenter)
+        left -= label.width(text) / 2;
+    drawBaseline(text, label.font(), label.color, {left, anchor.y() + label.capHeight() / 2});
+}
+
+void PixelPainter::centredText(const QString& text, const QFont& font, const QColor& color,
+                               const QPointF& centre) {
+    const double width = QFontMetricsF(font).horizontalAdvance(text);
+    drawBaseline(text, font, color,
+                 {centre.x() - width / 2, centre.y() + capHeight(font.pixelSize()) / 2});
+}
+
+void PixelPainter::smoothOutline(const QRectF& rect, double growth, double width,
+                                 const QColor& color) {
+    const double grown = growth * ratio();
+    const QRectF middle = QRectF(toDevice(rect)).adjusted(-grown, -grown, grown, grown);
+    m_painter.setRenderHint(QPainter::Antialiasing, true);
+    m_painter.setBrush(Qt::NoBrush);
+    m_painter.setPen(QPen(color, width * ratio(), Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+    m_painter.drawRect(middle);
+    m_painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+} // namespace mossbit
