@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <QWidget>
+
+#include <cstdlib>
+
+namespace mossbit {
+
+/// What a widget looks like at a ratio of device pixels to points.
+inline QImage render(QWidget& widget, double ratio) {
+    const QSizeF pixels = QSizeF(widget.size()) * ratio;
+    QImage image(static_cast<int>(pixels.width()), static_cast<int>(pixels.height()),
+                 QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::magenta);
+    widget.render(&image);
+    return image;
+}
+
+/// The colour at a point of the widget that the image shows.
+inline QColor colorAt(const QImage& image, const QPointF& point) {
+    const QPointF pixel = point * image.devicePixelRatio();
+    return image.pixelColor(static_cast<int>(pixel.x()), static_cast<int>(pixel.y()));
+}
+
+/// `top` drawn over `bottom`.
+inline QColor over(const QColor& bottom, const QColor& top) {
+    const auto mix = [&](float below, float above) {
+        return below + (above - below) * top.alphaF();
+    };
+    return QColor::fromRgbF(mix(bottom.redF(), top.redF()), mix(bottom.greenF(), top.greenF()),
+                            mix(bottom.blueF(), top.blueF()));
+}
+
+/// The same but for rounding.
+inline bool isNear(const QColor& a, const QColor& b, int tolerance = 2) {
+    return std::abs(a.red() - b.red()) <= tolerance &&
+           std::abs(a.green() - b.green()) <= tolerance &&
+           std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+/// Sends one mouse event to a widget, as the window system would.
+inline void sendMouse(QWidget& widget, QEvent::Type type, const QPointF& point,
+                      Qt::MouseButton button = Qt::LeftButton,
+                      Qt::KeyboardModifiers modifiers = {}) {
+    const bool isHeld = type != QEvent::MouseButtonRelease && button != Qt::NoButton;
+    QMouseEvent event(type, point, widget.mapToGlobal(point),
+                      type == QEvent::MouseMove ? Qt::NoButton : button,
+                      isHeld ? Qt::MouseButtons(button) : Qt::NoButton, modifiers);
+    QApplication::sendEvent(&widget, &event);
+}
+
+inline void click(QWidget& widget, const QPointF& point, Qt::MouseButton button = Qt::LeftButton,
+                  Qt::KeyboardModifiers modifiers = {}) {
+    sendMouse(widget, QEvent::MouseButtonPress, point, button, modifiers);
+    sendMouse(widget, QEvent::MouseButtonRelease, point, button, modifiers);
+}
+
+} // namespace mossbit

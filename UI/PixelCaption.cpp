@@ -1,0 +1,45 @@
+#include "UI/PixelCaption.h"
+
+#include "UI/PixelAccessibility.h"
+#include "UI/PixelPainter.h"
+
+#include <QFontMetricsF>
+
+#include <cmath>
+
+namespace mossbit {
+
+PixelCaption::PixelCaption(const QString& text, const PixelLabel& label, QWidget* parent)
+    : QWidget(parent), m_text(text), m_label(label) {
+    installPixelAccessibility();
+    setAccessibleName(text);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+QSize PixelCaption::sizeHint() const {
+    return {static_cast<int>(std::ceil(m_label.width(m_text))),
+            static_cast<int>(std::ceil(QFontMetricsF(m_label.font()).height()))};
+}
+
+void PixelCaption::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    PixelPainter pixels(painter);
+    pixels.text(m_text, m_label, {0, height() / 2.0});
+}
+
+PixelRule::PixelRule(int width, int height, QWidget* parent)
+    : QWidget(parent), m_extent(width, height) {
+    setSizePolicy(width > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding,
+                  height > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding);
+}
+
+void PixelRule::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    PixelPainter pixels(painter);
+    if (height() == 1)
+        pixels.edge(rect(), Qt::TopEdge, Palette::line);
+    else
+        pixels.edge(rect(), Qt::LeftEdge, Palette::line, width());
+}
+
+} // namespace mossbit

@@ -1,0 +1,64 @@
+#include "UI/PixelSegments.h"
+
+#include "UI/PixelAccessibility.h"
+
+namespace mossbit {
+
+namespace {
+
+constexpr double padding = 7;
+/// Neighbours share their outline.
+constexpr int overlap = 1;
+
+} // namespace
+
+PixelSegmentRow::PixelSegmentRow(const QString& name, const std::vector<QString>& labels,
+                                 const QColor& accent, QWidget* parent)
+    : QWidget(parent) {
+    installPixelAccessibility();
+    setAccessibleName(name);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    for (std::size_t index = 0; index < labels.size(); ++index) {
+        auto* segment = new PixelButton({.kind = FlatButton::Kind::choice,
+                                         .accent = accent,
+                                         .padding = padding,
+                                         .text = labels[index],
+                                         .idleColor = Palette::textDim},
+                                        this);
+        segment->setAccessibleName(name + QLatin1Char(' ') + labels[index]);
+        connect(segment, &QAbstractButton::clicked, this, [this, index] { Q_EMIT clicked(index); });
+        m_segments.push_back(segment);
+    }
+}
+
+void PixelSegmentRow::setAccent(const QColor& accent) {
+    for (PixelButton* segment : m_segments)
+        segment->setAccent(accent);
+}
+
+QSize PixelSegmentRow::sizeHint() const {
+    QSize size(0, 0);
+    for (const PixelButton* segment : m_segments) {
+        const QSize hint = segment->sizeHint();
+        size = {size.width() + hint.width() - overlap, std::max(size.height(), hint.height())};
+    }
+    return size + QSize(overlap, 0);
+}
+
+void PixelSegmentRow::showSelected(std::size_t index) {
+    for (std::size_t i = 0; i < m_segments.size(); ++i)
+        m_segments[i]->setActive(i == index);
+    // Its outline lies over its neighbours'.
+    if (index < m_segments.size())
+        m_segments[index]->raise();
+}
+
+void PixelSegmentRow::resizeEvent(QResizeEvent*) {
+    int x = 0;
+    for (PixelButton* segment : m_segments) {
+        segment->setGeometry(QRect(QPoint(x, 0), segment->sizeHint()));
+        x += segment->width() - overlap;
+    }
+}
+
+} // namespace mossbit
