@@ -1,0 +1,146 @@
+#include "Views/PianoRollGeometry.h"
+
+#include "Tests/Support/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+namespace mossbit {
+namespace {
+
+PianoRollGeometry geometry(const SongSettings& settings, ChannelKind kind = ChannelKind::pulse1,
+                           QSizeF pane = {1000, 500}, double zoom = 1) {
+    return PianoRollGeometry(Project(song(settings)), kind, pane, zoom);
+}
+
+/// A grid with ticks of that many points.
+PianoRollGeometry gridOf(double cellWidth, const SongSettings& settings = {.bars = 1},
+                         ChannelKind kind = ChannelKind::pulse1) {
+    PianoRollGeometry grid = geometry(settings, kind);
+    grid.cellWidth = cellWidth;
+    return grid;
+}
+
+Note note(std::int64_t pitch, std::int64_t start, std::int64_t length) {
+    return {.pitch = pitch, .start = start, .length = length};
+}
+
+TEST(PianoRollGeometry, FitsThePatternUnlessTicksGetTooNarrow) {
+    struct Case {
+        std::int64_t bars;
+        double paneWidth, zoom, cellWidth;
+    };
+    for (const Case& c : {Case{1, 266, 1, 12.5}, Case{1, 100, 1, 12.5}, Case{16, 1000, 1, 9},
+                          Case{16, 1000, 2, 18}, Case{4, 1090, 1, 16}, Case{4, 1090, 0.6, 9.6}}) {
+        const auto grid =
+            geometry({.bars = c.bars}, ChannelKind::pulse1, {c.paneWidth, 500}, c.zoom);
+        EXPECT_DOUBLE_EQ(grid.cellWidth, c.cellWidth) << c.bars << " bars in " << c.paneWidth;
+        EXPECT_DOUBLE_EQ(grid.width(), c.cellWidth * static_cast<double>(16 * c.bars));
+    }
+}
+
+TEST(PianoRollGeometry, GivesTheDrumsAQuarterOfThePaneEach) {
+    for (const auto& [paneHeight, rowHeight] :
+         {std::pair{120.0, 46.0}, {184.0, 46.0}, {400.0, 100.0}, {0.0, 46.0}}) {
+        const auto drums = geometry({}, ChannelKind::noise, {1000, paneHeight});
+        EXPECT_DOUBLE_EQ(drums.rowHeight, rowHeight);
+        EXPECT_DOUBLE_EQ(drums.height(), 4 * rowHeight);
+    }
+    const auto melodic = geometry({}, ChannelKind::wave, {1000, 400});
+    EXPECT_DOUBLE_EQ(melodic.height(), 61 * 15);
+    EXPECT_EQ(melodic.row(96), 0);
+    EXPECT_EQ(melodic.pitch(60), 36);
+}
+
+TEST(PianoRollGeometry, SnapsHalvesAwayFromZero) {
+    struct Case {
+        GridDivision grid;
+        std::int64_t tick, snapped;
+    };
+    using enum GridDivision;
+    for (const Case& c :
+         {Case{quarter, 2, 4}, Case{quarter, -2, -4}, Case{quarter, -1, 0}, Case{quarter, 5, 4},
+          Case{quarter, 6, 8}, Case{eighth, 3, 4}, Case{sixteenth, 3, 3}})
+        EXPECT_EQ(geometry({.grid = c.grid}).snap(c.tick), c.snapped) << c.tick;
+}
+
+TEST(PianoRollGeometry, FindsTheNoteOnTopInItsWholeRectangle) {
+    const auto grid = gridOf(10);
+    const std::vector notes = {note(96, 2, 4), note(96, 4, 4), note(95, 0, 0)};
+    struct Case {
+        QPointF point;
+        int index;
+    };
+    for (const Case& c :
+         {Case{{20, 0}, 0}, Case{{39.9, 14.9}, 0}, Case{{40, 7}, 1}, Case{{79.9, 7}, 1},
+          Case{{80, 7}, -1}, Case{{19.9, 7}, -1}, Case{{9.9, 15}, 2}, Case{{10, 15}, -1}}) {
+        const Note* found = grid.noteAt(c.point, notes);
+        EXPECT_EQ(found ? static_cast<int>(found - notes.data()) : -1, c.index)
+            << c.point.x() << ", " << c.point.y();
+    }
+}
+
+TEST(PianoRollGeometry, ResizesAtTheRightEnd) {
+    const Note n = note(60, 0, 2);
+    EXPECT_TRUE(gridOf(30).isInResizeZone(n, 60 - 5));
+    EXPECT_TRUE(gridOf(30).isInResizeZone(n, 60 - 7));
+    EXPECT_FALSE(gridOf(30).isInResizeZone(n, 60 - 8));
+    EXPECT_TRUE(gridOf(10).isInResizeZone(n, 20 - 3.5));
+    EXPECT_FALSE(gridOf(10).isInResizeZone(n, 20 - 3.6));
+}
+
+TEST(PianoRollGeometry, TellsTheCellOnlyWithinTheRows) {
+    const auto grid = gridOf(10);
+    const auto drums = gridOf(10, {.bars = 1}, ChannelKind::noise);
+    EXPECT_FALSE(grid.cellAt({5, -0.1}));
+    EXPECT_FALSE(grid.cellAt({5, 61 * 15}));
+    EXPECT_FALSE(drums.cellAt({5, drums.height()}));
+    EXPECT_EQ(drums.cellAt({5, drums.height() - 0.1})->pitch, 3);
+    const auto cell = grid.cellAt({25, 20});
+    EXPECT_EQ(cell->pitch, 95);
+    EXPECT_EQ(cell->tick, 2);
+    EXPECT_EQ(grid.cellAt({-1, 20})->tick, 0);
+    EXPECT_EQ(grid.cellAt({160, 20})->tick, 15);
+}
+
+TEST(PianoRollGeometry, MovesFromTheOriginAndStaysInside) {
+    struct Case {
+        Note origin;
+        double ticks, rows;
+        std::int64_t start, pitch;
+    };
+    for (const Case& c :
+         {Case{note(60, 4, 4), 1.9, 0, 8, 60}, Case{note(60, 4, 4), 1.4, 0, 4, 60},
+          Case{note(60, 4, 4), 0, 0, 4, 60}, Case{note(60, 3, 2), 0, 0, 4, 60},
+          Case{note(60, 4, 4), 99, 0, 12, 60}, Case{note(60, 4, 4), -99, 0, 0, 60},
+          Case{note(60, 0, 40), 8, 0, 0, 60}, Case{note(60, 4, 4), 0, -2.4, 4, 62},
+          Case{note(60, 4, 4), 0, -99, 4, 96}, Case{note(60, 4, 4), 0, 99, 4, 36}}) {
+        const auto grid = gridOf(10, {.bars = 1, .grid = GridDivision::quarter});
+        const auto to = grid.moved(c.origin, {c.ticks * 10, c.rows * 15});
+        EXPECT_EQ(to.tick, c.start) << c.ticks;
+        EXPECT_EQ(to.pitch, c.pitch) << c.rows;
+    }
+    const auto drums = gridOf(10, {.bars = 1}, ChannelKind::noise);
+    EXPECT_EQ(drums.moved(note(1, 0, 1), {0, -9 * drums.rowHeight}).pitch, 0);
+    EXPECT_EQ(drums.moved(note(1, 0, 1), {0, 9 * drums.rowHeight}).pitch, 3);
+}
+
+TEST(PianoRollGeometry, ResizesInGridStepsUpToTheEnd) {
+    struct Case {
+        GridDivision grid;
+        std::int64_t start;
+        double pointer;
+        std::int64_t length;
+    };
+    using enum GridDivision;
+    for (const Case& c :
+         {Case{eighth, 8, 11.2, 4}, Case{eighth, 8, 10.4, 2}, Case{eighth, 8, -3, 2},
+          Case{sixteenth, 0, 5.4, 5}, Case{sixteenth, 0, 99, 16}, Case{quarter, 14, 20, 2},
+          Case{quarter, 15, 0, 1}})
+        EXPECT_EQ(gridOf(10, {.bars = 1, .grid = c.grid})
+                      .resizedLength(note(60, c.start, 1), c.pointer * 10),
+                  c.length)
+            << c.start << " to " << c.pointer;
+}
+
+} // namespace
+} // namespace mossbit
