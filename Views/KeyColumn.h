@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Views/PianoRollGeometry.h"
+
+#include <QWidget>
+
+namespace mossbit {
+
+class PixelPainter;
+
+/// The names of the piano roll's rows, beside its grid.
+class KeyColumn : public QWidget {
+public:
+    KeyColumn(const PianoRollGeometry& geometry, QWidget* parent);
+
+    /// Moves the rows; `offset` is how many points of them lie above the column.
+    void setOffset(int offset);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void paintPitchRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const;
+    void paintDrumRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const;
+
+    const PianoRollGeometry& m_geometry;
+    int m_offset = 0;
+};
+
+} // namespace mossbit
