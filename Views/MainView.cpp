@@ -2,6 +2,7 @@
 
 #include "UI/PixelCaption.h"
 #include "UI/PixelPainter.h"
+#include "Views/ChannelBarView.h"
 
 #include "Views/PianoRollView.h"
 
@@ -44,6 +45,7 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     : QWidget(parent),
       m_vm(vm),
       m_pianoRoll(new PianoRollView(vm, this)),
+      m_channelBar(new ChannelBarView(vm, this)),
       m_hint(new Hint(this)) {
     setMinimumSize(minimumExtent);
 
@@ -51,6 +53,8 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_pianoRoll, 1);
+    column->addWidget(new PixelRule(0, 1, this));
+    column->addWidget(m_channelBar);
     m_hint->raise();
     m_pianoRoll->setFocus();
 

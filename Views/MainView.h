@@ -9,6 +9,7 @@ class QMessageBox;
 
 namespace mossbit {
 
+class ChannelBarView;
 class PianoRollView;
 
 /// The content of the window.
@@ -26,6 +27,7 @@ public:
     void setZoom(double zoom);
 
     PianoRollView& pianoRoll() const { return *m_pianoRoll; }
+    ChannelBarView& channelBar() const { return *m_channelBar; }
     /// What an empty song shows over the piano roll.
     QWidget& hint() const { return *m_hint; }
 
@@ -42,6 +44,7 @@ private:
     ProjectViewModel& m_vm;
     double m_zoom = 1;
     PianoRollView* m_pianoRoll;
+    ChannelBarView* m_channelBar;
     QWidget* m_hint;
     QPointer<QMessageBox> m_alert;
 };

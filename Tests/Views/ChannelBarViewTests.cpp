@@ -1,0 +1,86 @@
+#include "Tests/Support/WindowHarness.h"
+#include "UI/PixelSegments.h"
+#include "UI/VolumeBar.h"
+#include "Views/ChannelBarView.h"
+#include "Views/ChannelCard.h"
+
+#include <gtest/gtest.h>
+
+namespace mossbit {
+namespace {
+
+TEST(ChannelBarView, SelectsTheCardThatIsClicked) {
+    WindowHarness window(song().note(60, 0, 1));
+    window.vm->selectAll();
+    ChannelBarView& bar = window.view.channelBar();
+    click(bar.card(2), {60, 60});
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
+    const QColor accent = Palette::accent(ChannelKind::wave);
+    const QImage image = render(bar, 1);
+    for (std::size_t i = 0; i < 4; ++i) {
+        const bool selected = i == 2;
+        const QPointF corner = bar.card(i).pos();
+        EXPECT_EQ(bar.card(i).isActive(), selected);
+        EXPECT_EQ(colorAt(image, corner + QPointF(5, 40)),
+                  selected ? Palette::background : Palette::panel);
+        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(50, 1)),
+                           selected ? accent : QColor(Palette::panel)));
+        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(0, 40)),
+                           selected ? over(Palette::background, withOpacity(accent, 0.6))
+                                    : QColor(Palette::line)));
+    }
+}
+
+TEST(ChannelBarView, MutesWithoutSelecting) {
+    WindowHarness window;
+    ChannelCard& card = window.view.channelBar().card(1);
+    FlatButton& mute = card.muteButton();
+    EXPECT_EQ(mute.toolTip(), QStringLiteral("Mute"));
+    click(mute, {5, 5});
+    EXPECT_TRUE(window.vm->project().channels[1].muted);
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 0);
+    EXPECT_EQ(mute.toolTip(), QStringLiteral("Unmute"));
+    const QImage image = render(card, 1);
+    EXPECT_EQ(colorAt(image, mute.pos()), QColor(242, 112, 122));
+    const QPointF swatch(14, mute.geometry().center().y());
+    EXPECT_TRUE(
+        isNear(colorAt(image, swatch),
+               over(Palette::panel, withOpacity(Palette::accent(ChannelKind::pulse2), 0.3))));
+}
+
+TEST(ChannelBarView, FollowsADragOnTheVolume) {
+    WindowHarness window;
+    VolumeBar& volume = window.view.channelBar().card(3).volumeBar();
+    const double cell = volume.width() / 15.0;
+    for (const auto& [cells, expected] : {std::pair{4.5, 5}, {0.0, 0}, {-3.0, 0}, {99.0, 15}}) {
+        const auto type = expected == 5 ? QEvent::MouseButtonPress : QEvent::MouseMove;
+        sendMouse(volume, type, {cells * cell, 5});
+        EXPECT_EQ(window.vm->project().channels[3].volume, expected);
+        EXPECT_EQ(volume.value(), expected);
+    }
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 0);
+}
+
+TEST(ChannelInspector, OffersWhatTheSelectedChannelHas) {
+    WindowHarness window;
+    const auto isOffered = [&](const char* name) {
+        return window.control<PixelSegmentRow>(QString::fromLatin1(name)).isVisible();
+    };
+    for (int channel = 0; channel < 4; ++channel) {
+        window.vm->setSelectedChannelIndex(channel);
+        EXPECT_EQ(isOffered("Duty"), channel < 2) << channel;
+        EXPECT_EQ(isOffered("Preset"), channel == 2) << channel;
+    }
+    window.vm->setSelectedChannelIndex(1);
+    EXPECT_TRUE(window.control(QStringLiteral("Duty 25%")).isChecked());
+    window.control(QStringLiteral("Duty 75%")).click();
+    EXPECT_EQ(window.vm->project().channels[1].duty, Duty::d75);
+    EXPECT_EQ(colorAt(render(window.control(QStringLiteral("Duty 75%")), 1), {2, 2}),
+              Palette::accent(ChannelKind::pulse2));
+    window.vm->setSelectedChannelIndex(2);
+    window.control(QStringLiteral("Preset HOLLOW")).click();
+    EXPECT_EQ(window.vm->project().channels[2].wave, WavePreset::hollow);
+}
+
+} // namespace
+} // namespace mossbit

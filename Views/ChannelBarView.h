@@ -1,0 +1,59 @@
+#pragma once
+
+#include "UI/PixelSegments.h"
+#include "ViewModels/ProjectViewModel.h"
+
+#include <array>
+
+namespace mossbit {
+
+class ChannelCard;
+
+/// The row under the cards with the setting that belongs to the selected channel's kind.
+class ChannelInspector : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ChannelInspector(ProjectViewModel& vm, QWidget* parent = nullptr);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void showProject();
+    /// Left end of what follows the caption, in points.
+    double contentLeft() const;
+    double captionLeft() const;
+    QString caption() const;
+
+    ProjectViewModel& m_vm;
+    ChannelKind m_kind;
+    PixelSegments<Duty>* m_duty;
+    PixelSegments<WavePreset>* m_preset;
+};
+
+/// The song's channels side by side, and the selected one's setting.
+class ChannelBarView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ChannelBarView(ProjectViewModel& vm, QWidget* parent = nullptr);
+
+    ChannelCard& card(std::size_t index) const { return *m_cards[index]; }
+    ChannelInspector& inspector() const { return *m_inspector; }
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    std::array<ChannelCard*, 4> m_cards{};
+    ChannelInspector* m_inspector;
+};
+
+} // namespace mossbit
