@@ -5,6 +5,7 @@
 #include "Views/ChannelBarView.h"
 
 #include "Views/PianoRollView.h"
+#include "Views/TransportView.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -44,6 +45,7 @@ protected:
 MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     : QWidget(parent),
       m_vm(vm),
+      m_transport(new TransportView(vm, m_zoom, this)),
       m_pianoRoll(new PianoRollView(vm, this)),
       m_channelBar(new ChannelBarView(vm, this)),
       m_hint(new Hint(this)) {
@@ -52,12 +54,17 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->addWidget(m_transport);
+    column->addWidget(new PixelRule(0, 1, this));
     column->addWidget(m_pianoRoll, 1);
     column->addWidget(new PixelRule(0, 1, this));
     column->addWidget(m_channelBar);
     m_hint->raise();
     m_pianoRoll->setFocus();
 
+    connect(m_transport, &TransportView::zoomRequested, this, &MainView::setZoom);
+    connect(m_transport, &TransportView::keyboardReleased, this,
+            [this] { m_pianoRoll->setFocus(Qt::OtherFocusReason); });
     connect(&vm, &ProjectViewModel::projectChanged, this, &MainView::showHint);
     // Queued: the command that failed has to end before a dialog takes over.
     connect(&vm, &ProjectViewModel::alertMessageChanged, this, &MainView::presentAlert,
@@ -69,6 +76,7 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
 
 void MainView::setZoom(double zoom) {
     m_zoom = zoom;
+    m_transport->setZoom(zoom);
     m_pianoRoll->setZoom(zoom);
 }
 

@@ -11,6 +11,7 @@ namespace mossbit {
 
 class ChannelBarView;
 class PianoRollView;
+class TransportView;
 
 /// The content of the window.
 class MainView : public QWidget {
@@ -26,6 +27,7 @@ public:
     double zoom() const { return m_zoom; }
     void setZoom(double zoom);
 
+    TransportView& transport() const { return *m_transport; }
     PianoRollView& pianoRoll() const { return *m_pianoRoll; }
     ChannelBarView& channelBar() const { return *m_channelBar; }
     /// What an empty song shows over the piano roll.
@@ -43,6 +45,7 @@ private:
 
     ProjectViewModel& m_vm;
     double m_zoom = 1;
+    TransportView* m_transport;
     PianoRollView* m_pianoRoll;
     ChannelBarView* m_channelBar;
     QWidget* m_hint;

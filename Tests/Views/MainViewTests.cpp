@@ -1,4 +1,8 @@
 #include "Tests/Support/WindowHarness.h"
+#include "UI/FlatButton.h"
+#include "UI/VolumeBar.h"
+#include "Views/ChannelBarView.h"
+#include "Views/TransportView.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -7,6 +11,19 @@
 
 namespace mossbit {
 namespace {
+
+TEST(MainView, StacksItsPartsWithTheirRules) {
+    WindowHarness window;
+    EXPECT_EQ(window.view.size(), QSize(1100, 700));
+    EXPECT_EQ(window.view.minimumSize(), QSize(900, 600));
+    EXPECT_EQ(window.view.transport().geometry(), QRect(0, 0, 1100, 46));
+    EXPECT_EQ(window.roll().geometry().top(), 47);
+    EXPECT_EQ(window.view.channelBar().geometry().bottom(), 699);
+    EXPECT_EQ(window.roll().geometry().bottom() + 2, window.view.channelBar().geometry().top());
+    const QImage image = render(window.view, 1);
+    EXPECT_EQ(colorAt(image, {500, 46}), Palette::line);
+    EXPECT_EQ(colorAt(image, {500, window.roll().geometry().bottom() + 1.0}), Palette::line);
+}
 
 TEST(MainView, HintsWhileThereIsNoNote) {
     WindowHarness window;
@@ -47,6 +64,52 @@ TEST(MainView, ShowsMessagesAfterTheCommandThatFailed) {
         QApplication::processEvents();
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     }
+}
+
+TEST(MainView, LeavesTheKeyboardToTheGridWhenControlsAreClicked) {
+    WindowHarness window;
+    ASSERT_TRUE(window.roll().hasFocus());
+    for (QWidget* control : window.view.findChildren<QWidget*>())
+        if ((qobject_cast<FlatButton*>(control) || qobject_cast<VolumeBar*>(control)) &&
+            control->isVisible() &&
+            !control->accessibleName().startsWith(QStringLiteral("Tempo"))) {
+            QTest::mouseClick(control, Qt::LeftButton);
+            EXPECT_TRUE(window.roll().hasFocus()) << control->accessibleName().toStdString();
+        }
+}
+
+TEST(MainView, WalksItsControlsInReadingOrder) {
+    WindowHarness window;
+    QStringList names;
+    do {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        names.push_back(QApplication::focusWidget()->accessibleName());
+    } while (names.back() != QStringLiteral("Piano roll") && names.size() < 60);
+    const QStringList expected = {
+        "PULSE 1",        "PULSE 1 mute", "PULSE 1 volume", "PULSE 2",        "PULSE 2 mute",
+        "PULSE 2 volume", "WAVE",         "WAVE mute",      "WAVE volume",    "NOISE",
+        "NOISE mute",     "NOISE volume", "Duty 12.5%",     "Duty 25%",       "Duty 50%",
+        "Duty 75%",       "Play",         "Stop",           "Decrease tempo", "Tempo 120",
+        "Increase tempo", "Loop",         "Bars 1",         "Bars 2",         "Bars 4",
+        "Bars 8",         "Bars 16",      "Grid 1/4",       "Grid 1/8",       "Grid 1/16",
+        "Zoom out",       "Zoom in",      "Piano roll"};
+    EXPECT_EQ(names.join(QLatin1Char('\n')).toStdString(),
+              expected.join(QLatin1Char('\n')).toStdString());
+}
+
+TEST(MainView, MarksTheKeyboardFocusAndPressesWithReturn) {
+    WindowHarness window;
+    auto& loop = window.control(QStringLiteral("Loop"));
+    const QImage without = render(loop, 1);
+    loop.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(colorAt(render(loop, 1), {0, 12}), Palette::text);
+    EXPECT_NE(colorAt(without, {0, 12}), Palette::text);
+    QTest::keyClick(&loop, Qt::Key_Return);
+    EXPECT_FALSE(window.vm->project().loop);
+    auto& volume = window.control<VolumeBar>(QStringLiteral("WAVE volume"));
+    volume.setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&volume, Qt::Key_Left);
+    EXPECT_EQ(window.vm->project().channels[2].volume, 10);
 }
 
 } // namespace

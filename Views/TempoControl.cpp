@@ -1,0 +1,215 @@
+#include "Views/TempoControl.h"
+
+#include "UI/PixelButton.h"
+#include "UI/PixelCaption.h"
+#include "UI/PixelIcon.h"
+#include "UI/PixelPainter.h"
+
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+
+#include <charconv>
+#include <optional>
+#include <string>
+
+namespace mossbit {
+
+namespace {
+
+// Points.
+constexpr int spacing = 6;
+constexpr int numberWidth = 46;
+constexpr int numberHeight = 24;
+constexpr int numberSize = 13;
+constexpr int fieldPadding = 3;
+
+/// A whole number with an optional sign, spaces around it ignored.
+std::optional<std::int64_t> parseTempo(const QString& text) {
+    qsizetype first = 0;
+    qsizetype end = text.size();
+    const auto isHorizontalSpace = [&](qsizetype i) {
+        return text[i] == QLatin1Char('\t') || text[i].category() == QChar::Separator_Space;
+    };
+    while (first < end && isHorizontalSpace(first))
+        ++first;
+    while (end > first && isHorizontalSpace(end - 1))
+        --end;
+    std::string digits = text.mid(first, end - first).toStdString();
+    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-')
+        digits.erase(0, 1);
+    std::int64_t value = 0;
+    const char* const last = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), last, value);
+    if (error != std::errc() || stop != last)
+        return std::nullopt;
+    return value;
+}
+
+class TempoNumber : public FlatButton {
+public:
+    explicit TempoNumber(QWidget* parent) : FlatButton(Kind::action, parent) {}
+
+    QSize sizeHint() const override { return {numberWidth, numberHeight}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        PixelPainter pixels(painter);
+        pixels.text(text(), pixelLabel(numberSize, Palette::text), QRectF(rect()).center(),
+                    Qt::AlignHCenter);
+        paintFocusMark(pixels);
+    }
+};
+
+PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget* parent) {
+    auto* button = new PixelButton({.icon = &icon, .text = {}}, parent);
+    button->setAccessibleName(name);
+    return button;
+}
+
+} // namespace
+
+TempoField::TempoField(QWidget* parent) : QLineEdit(parent) {
+    setAccessibleName(tr("Tempo in beats per minute"));
+    setFrame(false);
+    setAlignment(Qt::AlignCenter);
+    setFont(fixedFont(numberSize));
+    QPalette palette = this->palette();
+    palette.setColor(QPalette::Base, Palette::well);
+    palette.setColor(QPalette::Text, Palette::text);
+    setPalette(palette);
+    setFixedSize(numberWidth, QFontMetrics(font()).height() + 2 * fieldPadding);
+}
+
+bool TempoField::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        static constexpr std::array own = {Qt::Key_A,    Qt::Key_C,     Qt::Key_X,  Qt::Key_V,
+                                           Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down};
+        const bool isOwn = std::find(own.begin(), own.end(), key.key()) != own.end();
+        if ((key.modifiers() & Qt::ControlModifier) && !isOwn) {
+            event->ignore();
+            return false;
+        }
+    }
+    return QLineEdit::event(event);
+}
+
+void TempoField::focusInEvent(QFocusEvent* event) {
+    QLineEdit::focusInEvent(event);
+    Q_EMIT focused();
+}
+
+void TempoField::focusOutEvent(QFocusEvent* event) {
+    QLineEdit::focusOutEvent(event);
+    switch (event->reason()) {
+    case Qt::PopupFocusReason:
+    case Qt::MenuBarFocusReason:
+    case Qt::ActiveWindowFocusReason:
+        // The keyboard comes back here.
+        return;
+    default:
+        Q_EMIT left();
+    }
+}
+
+void TempoField::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape)
+        Q_EMIT cancelled();
+    else
+        QLineEdit::keyPressEvent(event);
+}
+
+void TempoField::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    QPainter painter(this);
+    PixelPainter pixels(painter);
+    pixels.pixelBorder(rect(), Palette::accent(ChannelKind::pulse1));
+}
+
+TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
+    auto* slower = makeStepButton(PixelGlyph::minus, tr("Decrease tempo"), this);
+    m_number = new TempoNumber(this);
+    m_field = new TempoField(this);
+    auto* faster = makeStepButton(PixelGlyph::plus, tr("Increase tempo"), this);
+    m_number->setToolTip(tr("Click to type a tempo (40–300)"));
+    m_field->hide();
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(spacing);
+    row->addWidget(new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this));
+    row->addWidget(slower);
+    row->addWidget(m_number);
+    row->addWidget(m_field);
+    row->addWidget(faster);
+
+    connect(slower, &QAbstractButton::clicked, this,
+            [this] { m_vm.setTempo(m_vm.project().tempo - 1); });
+    connect(faster, &QAbstractButton::clicked, this,
+            [this] { m_vm.setTempo(m_vm.project().tempo + 1); });
+    connect(m_number, &QAbstractButton::clicked, this, &TempoControl::beginEditing);
+    connect(m_field, &TempoField::focused, this, [this] { m_vm.setEditingText(true); });
+    connect(m_field, &TempoField::left, this, &TempoControl::commitTempo);
+    connect(m_field, &QLineEdit::returnPressed, this, &TempoControl::commitTempo);
+    connect(m_field, &TempoField::cancelled, this, &TempoControl::close);
+    connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
+    // What was typed was meant for the song that is gone.
+    connect(&vm, &ProjectViewModel::documentReplaced, this, &TempoControl::close);
+    showProject();
+}
+
+void TempoControl::showProject() {
+    const std::int64_t tempo = m_vm.project().tempo;
+    if (tempo == m_tempo)
+        return;
+    m_tempo = tempo;
+    m_number->setText(QString::number(tempo));
+    m_number->setAccessibleName(tr("Tempo %1").arg(tempo));
+}
+
+void TempoControl::beginEditing() {
+    if (m_editingTempo)
+        return;
+    m_editingTempo = true;
+    m_field->setText(QString::number(m_vm.project().tempo));
+    m_number->hide();
+    m_field->show();
+    m_vm.setEditingText(true);
+    // Once the press that opened the field has been dealt with.
+    QMetaObject::invokeMethod(
+        m_field,
+        [this] {
+            if (!m_editingTempo)
+                return;
+            m_field->setFocus(Qt::OtherFocusReason);
+            m_field->selectAll();
+        },
+        Qt::QueuedConnection);
+}
+
+void TempoControl::commitTempo() {
+    if (!m_editingTempo)
+        return;
+    const auto tempo = parseTempo(m_field->text());
+    close();
+    if (tempo)
+        m_vm.setTempo(*tempo);
+}
+
+void TempoControl::close() {
+    if (!m_editingTempo)
+        return;
+    // First: giving the focus away below tells of leaving the field once more.
+    m_editingTempo = false;
+    const bool hadFocus = m_field->hasFocus();
+    m_field->clearFocus();
+    m_field->hide();
+    m_number->show();
+    m_vm.setEditingText(false);
+    if (hadFocus)
+        Q_EMIT keyboardReleased();
+}
+
+} // namespace mossbit

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "UI/FlatButton.h"
+#include "ViewModels/ProjectViewModel.h"
+
+#include <QLineEdit>
+
+namespace mossbit {
+
+/// The entry field for a tempo. Leaves to the menus the keys that are theirs, and says when the
+/// keyboard has really gone elsewhere.
+class TempoField : public QLineEdit {
+    Q_OBJECT
+
+public:
+    explicit TempoField(QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    void focused();
+    void left();
+    void cancelled();
+
+protected:
+    bool event(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// The tempo with buttons for one more or less; a click on it opens the entry field. Whatever was
+/// typed counts when the field is left or Return is pressed, if it is a whole number.
+class TempoControl : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit TempoControl(ProjectViewModel& vm, QWidget* parent = nullptr);
+
+    bool isEditing() const { return m_editingTempo; }
+
+Q_SIGNALS:
+    /// The field has closed and has given the keyboard away.
+    void keyboardReleased();
+
+private:
+    void showProject();
+    void beginEditing();
+    void commitTempo();
+    void close();
+
+    ProjectViewModel& m_vm;
+    bool m_editingTempo = false;
+    std::int64_t m_tempo = 0;
+    FlatButton* m_number = nullptr;
+    TempoField* m_field = nullptr;
+};
+
+} // namespace mossbit
