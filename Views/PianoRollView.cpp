@@ -2,6 +2,7 @@
 
 #include "UI/FlatButton.h"
 #include "Views/KeyColumn.h"
+#include "Views/PianoRollAccessibility.h"
 #include "Views/PianoRollPainter.h"
 
 #include <QAccessible>
@@ -68,6 +69,7 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
       m_shownPlayhead(vm.playhead()),
       m_keys(new KeyColumn(m_grid, this)),
       m_focusMark(new FocusMark(this)) {
+    installPianoRollAccessibility();
     setAccessibleName(tr("Piano roll"));
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
