@@ -54,10 +54,8 @@ void SdlAudioOutput::start() {
         line->open();
         return true;
     };
-    if (!m_line->ask<bool>(open))
+    if (!m_line->ask<bool>(open) && m_line->giveUp())
         throw std::runtime_error("The sound system does not answer");
-    if (!m_line->resume())
-        throw std::runtime_error("The sound device was lost");
 }
 
 void SdlAudioOutput::pause() {

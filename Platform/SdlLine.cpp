@@ -89,18 +89,30 @@ int SdlLine::deviceFrames() const {
 bool SdlLine::resume() {
     {
         const Lock lock(m_mutex);
+        m_wanted = true;
         if (m_device == 0 || isLost())
             return false;
-        SDL_PauseAudioDevice(m_device, 0);
-        m_playing = true;
+        play();
     }
     m_changed.notify_all();
     return true;
 }
 
+bool SdlLine::giveUp() {
+    const Lock lock(m_mutex);
+    m_wanted = false;
+    return !m_playing;
+}
+
+void SdlLine::play() {
+    SDL_PauseAudioDevice(m_device, 0);
+    m_playing = true;
+}
+
 void SdlLine::pause() {
     {
         const Lock lock(m_mutex);
+        m_wanted = false;
         m_playing = false;
         m_idleSince = Clock::now();
         if (m_device != 0)
@@ -179,7 +191,7 @@ void SdlLine::recover(Lock& lock) {
     if (device == 0) {
         m_playing = m_playing && lostFor < recoveryLimit;
     } else if (m_playing) {
-        SDL_PauseAudioDevice(device, 0);
+        play();
     }
     if (device != 0 || !m_playing)
         SDL_ResetHint(SDL_HINT_AUDIODRIVER);
@@ -208,8 +220,12 @@ double SdlLine::queryRate() {
 
 void SdlLine::open() {
     Lock lock(m_mutex);
-    if (m_device != 0 && !isLost())
+    if (m_device != 0 && !isLost()) {
+        // An earlier start, given up meanwhile, has come true.
+        if (m_wanted)
+            play();
         return;
+    }
     release(lock);
     lock.unlock();
     const bool mayBeStale = SDL_WasInit(SDL_INIT_AUDIO) != 0;
@@ -225,6 +241,9 @@ void SdlLine::open() {
     lock.lock();
     m_device = device;
     m_idleSince = Clock::now();
+    // At once: a device that finds itself paused first takes a block or two of silence.
+    if (m_wanted)
+        play();
 }
 
 SdlLine::DeviceId SdlLine::openDevice() {

@@ -37,8 +37,10 @@ public:
     void allocate();
     bool isPlaying() const;
     int deviceFrames() const;
-    /// Lets an open device pull; false if none is open or it is lost.
+    /// Lets an open device pull; false if none is open or it is lost. `open` then starts a new one.
     bool resume();
+    /// Takes back a start that has not happened yet; false if it has.
+    bool giveUp();
     void pause();
     /// Asks the keeper to end; false if it is still busy after `answerLimit`.
     bool end();
@@ -47,7 +49,8 @@ public:
 
     void keep();
     double queryRate();
-    /// Opens a device, paused. Throws `std::runtime_error` with the system's description.
+    /// Replaces the device by a new one, and plays if that is still wanted. Throws
+    /// `std::runtime_error` with the system's description.
     void open();
 
 private:
@@ -62,6 +65,9 @@ private:
 
     // Device thread.
     static void fill(void* line, std::uint8_t* stream, int bytes);
+
+    /// Under the lock.
+    void play();
 
     // Keeper. Those that take the lock release it during slow calls.
     void look(Lock& lock);
@@ -85,6 +91,8 @@ private:
     std::deque<std::function<void()>> m_jobs;
     /// Opened and closed by the keeper only; 0 while none is open.
     DeviceId m_device = 0;
+    /// A start waits for `open`.
+    bool m_wanted = false;
     bool m_playing = false;
     bool m_ending = false;
     bool m_ended = false;

@@ -34,15 +34,29 @@ public:
     /// False if the server or its recorder does not come up.
     bool start() {
         std::filesystem::remove(socket());
-        // Without norewinds the first stream stalls for a second; without the format the server
-        // would round.
         m_server.emplace(std::vector<std::string>{
             "pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
             "--realtime=yes", "--high-priority=yes", "--log-target=null", "-L",
-            "module-native-protocol-unix auth-anonymous=1 socket=" + socket(), "-L",
-            "module-null-sink sink_name=out rate=48000 format=float32le channels=2 norewinds=1"});
-        return waitUntil([] { return Process({"pactl", "info"}).wait() == 0; }) && record();
+            "module-native-protocol-unix auth-anonymous=1 socket=" + socket()});
+        return waitUntil([] { return Process({"pactl", "info"}).wait() == 0; }) && addDevice();
     }
+
+    bool addDevice() {
+        // Without norewinds the first stream stalls for a second; without the format the server
+        // would round.
+        return Process({"pactl", "load-module", "module-null-sink", "sink_name=out", "rate=48000",
+                        "format=float32le", "channels=2", "norewinds=1"})
+                       .wait() == 0 &&
+               record();
+    }
+
+    void removeDevice() {
+        EXPECT_EQ(Process({"pactl", "unload-module", "module-null-sink"}).wait(), 0);
+        m_recorder->kill();
+    }
+
+    void hang() { ::kill(m_server->id(), SIGSTOP); }
+    void wakeUp() { ::kill(m_server->id(), SIGCONT); }
 
     void kill() {
         m_server->kill();
@@ -106,7 +120,7 @@ std::ptrdiff_t placeOf(std::span<const float> recorded, std::span<const float> s
     return -1;
 }
 
-TEST(PulseAudio, PlaybackGoesOnWhenTheServerComesBack) {
+TEST(PulseAudio, PlaybackGoesOnWhenTheDeviceComesBack) {
     SoundServer server;
     ASSERT_TRUE(server.start());
     SdlAudioOutput sdl;
@@ -119,12 +133,12 @@ TEST(PulseAudio, PlaybackGoesOnWhenTheServerComesBack) {
     // The song's loop, and some more for what is played while the server is away.
     const std::vector<float> samples = rendered(project, rate, 3'000'000);
     std::ptrdiff_t lastPlace = -1;
-    for (int round = 0; round < 3; ++round) {
+    for (const bool serverDies : {true, false, true, false}) {
         const std::size_t before = output.frames();
         ASSERT_TRUE(waitUntil([&] { return output.frames() > before + 24'000; }));
-        server.kill();
+        serverDies ? server.kill() : server.removeDevice();
         EXPECT_TRUE(output.isRunning());
-        ASSERT_TRUE(server.start());
+        ASSERT_TRUE(serverDies ? server.start() : server.addDevice());
         std::ptrdiff_t place = -1;
         EXPECT_TRUE(waitUntil([&] {
             place = placeOf(server.recording().left, samples);
@@ -155,6 +169,24 @@ TEST(PulseAudio, PlaybackEndsWhenTheServerStaysAway) {
     EXPECT_FALSE(engine.isPlaying());
     EXPECT_EQ(log.lines.size(), 1);
     ASSERT_TRUE(server.start());
+    engine.play(unmistakableSong());
+    EXPECT_TRUE(engine.isPlaying());
+}
+
+TEST(PulseAudio, DoesNotHangWithTheServer) {
+    SoundServer server;
+    ASSERT_TRUE(server.start());
+    SdlAudioOutput output;
+    FakeSystemLog log;
+    AudioEngine engine(output, log);
+    engine.prepare(unmistakableSong());
+    server.hang();
+    engine.play(unmistakableSong());
+    EXPECT_FALSE(engine.isPlaying());
+    ASSERT_EQ(log.lines.size(), 1);
+    EXPECT_EQ(log.lines[0],
+              "Mossbit: audio engine failed to start — The sound system does not answer");
+    server.wakeUp();
     engine.play(unmistakableSong());
     EXPECT_TRUE(engine.isPlaying());
 }
