@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+namespace mossbit {
+
+class ProjectViewModel;
+
+/// Acts on what the system tells the application.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    /// `activate` brings the window to the front.
+    explicit AppDelegate(std::function<void()> activate);
+
+    void applicationDidFinishLaunching();
+    bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
+    /// Saves what is pending. Does so once, however many ways of ending come together.
+    void applicationWillTerminate();
+
+    /// Opens the first of the files that one request hands over. Without a view model it waits for
+    /// one.
+    void open(const std::vector<std::filesystem::path>& urls);
+
+    /// The window has appeared; from now on there is a document to act on.
+    void setViewModel(ProjectViewModel& viewModel);
+
+protected:
+    /// Takes the files that the desktop hands to the application as events.
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    std::function<void()> m_activate;
+    ProjectViewModel* m_viewModel = nullptr;
+    std::vector<std::filesystem::path> m_heldURLs;
+};
+
+} // namespace mossbit

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QMainWindow>
+
+namespace mossbit {
+
+class ProjectViewModel;
+
+/// The one window: the menu bar above the content, titled with the document.
+class DocumentWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit DocumentWindow(ProjectViewModel& vm);
+
+    /// Makes closing ask about unsaved work, for a document that no autosave brings back.
+    void setAsksBeforeClosing(bool asks) { m_asksBeforeClosing = asks; }
+
+    /// To the front, out of the task bar if need be.
+    void bringToFront();
+
+Q_SIGNALS:
+    /// Something was dropped on the window; `text` is the first path or address of it.
+    void fileDropped(const QString& text);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void fitToContent();
+    void showTitle();
+
+    ProjectViewModel& m_vm;
+    bool m_asksBeforeClosing = false;
+};
+
+} // namespace mossbit

@@ -1,0 +1,135 @@
+#include "App/MossbitCommands.h"
+
+#include "Tests/Support/ViewModelHarness.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+
+#include <string>
+#include <vector>
+
+namespace mossbit {
+namespace {
+
+struct MenuBar {
+    ViewModelHarness harness;
+    std::unique_ptr<ProjectViewModel> vm = harness.start();
+    QMainWindow window;
+
+    MenuBar() {
+        new MossbitCommands(*vm, window);
+        window.show();
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+
+    QAction& item(const QString& title) {
+        for (QAction* action : window.findChildren<QAction*>())
+            if (action->text() == title && action->menu() == nullptr)
+                return *action;
+        throw std::runtime_error("no item " + title.toStdString());
+    }
+
+    std::string titleOfPlay() {
+        return window.menuBar()->actions()[2]->menu()->actions()[0]->text().toStdString();
+    }
+};
+
+/// "menu: title shortcut, …" with "-" for a separator.
+std::string content(const QMenu& menu) {
+    std::string text = menu.title().remove('&').toStdString() + ":";
+    for (const QAction* action : menu.actions()) {
+        const QString keys = QKeySequence::listToString(action->shortcuts());
+        text += " " + (action->isSeparator() ? "-" : action->text().toStdString());
+        text += keys.isEmpty() ? "" : " [" + keys.toStdString() + "]";
+    }
+    return text;
+}
+
+TEST(MossbitCommands, ListsItsItemsWithTheirKeys) {
+    MenuBar bar;
+    std::vector<std::string> menus;
+    for (const QAction* action : bar.window.menuBar()->actions())
+        menus.push_back(content(*action->menu()));
+    EXPECT_EQ(menus,
+              (std::vector<std::string>{
+                  "File: New [Ctrl+N] Open… [Ctrl+O] - Save [Ctrl+S] Save As… [Ctrl+Shift+S] - "
+                  "Export WAV… [Ctrl+E] - Close [Ctrl+W] Quit [Ctrl+Q]",
+                  "Edit: Undo [Ctrl+Z] Redo [Ctrl+Shift+Z] - Delete Note [Backspace; Del] "
+                  "Select All Notes [Ctrl+A]",
+                  "Playback: Play [Space] Toggle Loop [Ctrl+L] - Select PULSE 1 [Ctrl+1] "
+                  "Select PULSE 2 [Ctrl+2] Select WAVE [Ctrl+3] Select NOISE [Ctrl+4]",
+                  "Help: About Mossbit"}));
+}
+
+TEST(MossbitCommands, DimsWhatCannotBeDone) {
+    MenuBar bar;
+    const auto enabled = [&] {
+        std::string titles;
+        for (const char* title : {"Undo", "Redo", "Delete Note", "Select All Notes", "Play"})
+            titles += bar.item(title).isEnabled() ? std::string(title) + ", " : "";
+        return titles;
+    };
+    EXPECT_EQ(enabled(), "Select All Notes, Play, ");
+    bar.vm->addNote(60, 0);
+    EXPECT_EQ(enabled(), "Undo, Delete Note, Select All Notes, Play, ");
+    bar.vm->setEditingText(true);
+    EXPECT_EQ(enabled(), "Undo, ");
+    bar.vm->setEditingText(false);
+    bar.vm->undo();
+    EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
+}
+
+TEST(MossbitCommands, KeysReachTheViewModel) {
+    MenuBar bar;
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(&bar.window, key, modifiers);
+    };
+    EXPECT_EQ(bar.titleOfPlay(), "Play");
+    press(Qt::Key_Space);
+    EXPECT_TRUE(bar.vm->isPlaying());
+    EXPECT_EQ(bar.titleOfPlay(), "Stop");
+    press(Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(bar.vm->selectedChannelIndex(), 2);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(bar.vm->isPlaying());
+    EXPECT_EQ(bar.titleOfPlay(), "Play");
+
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_FALSE(bar.vm->project().loop);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(bar.vm->project().loop);
+    press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_FALSE(bar.vm->project().loop);
+
+    for (const Qt::Key erase : {Qt::Key_Backspace, Qt::Key_Delete}) {
+        bar.vm->addNote(60, 0);
+        bar.vm->addNote(61, 4);
+        press(Qt::Key_A, Qt::ControlModifier);
+        EXPECT_EQ(bar.vm->selection().size(), 2);
+        press(erase);
+        EXPECT_FALSE(bar.vm->project().hasNotes());
+    }
+}
+
+TEST(MossbitCommands, FileItemsReachTheViewModel) {
+    MenuBar bar;
+    bar.vm->addNote(60, 0);
+    for (const char* title : {"Save", "Save As…", "Export WAV…", "New", "Open…"})
+        bar.item(title).trigger();
+    const std::string prompt = "alert Save changes to Untitled?";
+    EXPECT_EQ(bar.harness.dialogs.takeShown(),
+              (std::vector<std::string>{"save Untitled.mossbit", "save Untitled.mossbit",
+                                        "save wav Untitled.wav", prompt, prompt}));
+    EXPECT_TRUE(bar.window.isVisible());
+    bar.item("Close").trigger();
+    EXPECT_FALSE(bar.window.isVisible());
+}
+
+} // namespace
+} // namespace mossbit
