@@ -1,0 +1,82 @@
+#include "App/MossbitApp.h"
+
+#include "App/DocumentWindow.h"
+#include "App/FilePaths.h"
+#include "Services/ProjectStore.h"
+
+#include <QApplication>
+#include <QSessionManager>
+
+namespace mossbit {
+
+MossbitApp::MossbitApp() : m_delegate([this] { m_window->bringToFront(); }) {}
+
+MossbitApp::~MossbitApp() = default;
+
+int MossbitApp::run(const QStringList& files) {
+    QString address;
+    if (!files.isEmpty()) {
+        // Held until the window has appeared.
+        const std::filesystem::path file = handedOverPath(files.first());
+        m_delegate.open({file});
+        address = QUrl::fromLocalFile(toQString(file)).toString(QUrl::FullyEncoded);
+    }
+    followTheSystem();
+    if (m_bus.join(address) == SessionBus::Role::handedOver)
+        return 0;
+    makeDocument();
+    showWindow();
+    return QApplication::exec();
+}
+
+void MossbitApp::followTheSystem() {
+    QApplication::setQuitOnLastWindowClosed(
+        m_delegate.applicationShouldTerminateAfterLastWindowClosed());
+    qApp->installEventFilter(&m_delegate);
+    const auto terminate = [this] { m_delegate.applicationWillTerminate(); };
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate, terminate);
+    // The session may end the process without another word.
+    QObject::connect(
+        qApp, &QGuiApplication::commitDataRequest, &m_delegate,
+        [this](QSessionManager&) {
+            if (m_viewModel)
+                m_viewModel->flushAutosave();
+        },
+        Qt::DirectConnection);
+    // Not `quit`, which a dialog could refuse: this leaves every loop, also those of dialogs.
+    QObject::connect(&m_endSignals, &EndSignals::received, &m_delegate,
+                     [] { QCoreApplication::exit(); });
+    QObject::connect(
+        &m_bus, &SessionBus::openRequested, &m_delegate,
+        [this](const QStringList& uris) { m_delegate.open({handedOverPath(uris.first())}); });
+    QObject::connect(&m_bus, &SessionBus::activated, &m_delegate, [this] {
+        if (m_window)
+            m_window->bringToFront();
+    });
+}
+
+void MossbitApp::makeDocument() {
+    std::optional<std::filesystem::path> autosave = ProjectStore::autosaveURL(m_paths);
+    m_autosaveLock = std::make_unique<FileLock>(autosave->parent_path() / "Autosave.lock");
+    if (m_autosaveLock->isTaken())
+        autosave.reset();
+    const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, m_audioOutput, m_log};
+    m_viewModel = std::make_unique<ProjectViewModel>(services, std::nullopt, autosave);
+}
+
+void MossbitApp::showWindow() {
+    m_window = std::make_unique<DocumentWindow>(*m_viewModel);
+    m_window->setAsksBeforeClosing(m_autosaveLock->isTaken());
+    m_dialogs.setParentWindow(m_window.get());
+    // Queued: a prompt must not keep the drop's sender waiting.
+    QObject::connect(
+        m_window.get(), &DocumentWindow::fileDropped, &m_delegate,
+        [this](const QString& address) { m_delegate.open({handedOverPath(address)}); },
+        Qt::QueuedConnection);
+    m_delegate.applicationDidFinishLaunching();
+    // Once the loop runs, the window has appeared and may show a message.
+    QMetaObject::invokeMethod(
+        &m_delegate, [this] { m_delegate.setViewModel(*m_viewModel); }, Qt::QueuedConnection);
+}
+
+} // namespace mossbit

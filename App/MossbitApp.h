@@ -1,0 +1,53 @@
+#pragma once
+
+#include "App/AppDelegate.h"
+#include "App/EndSignals.h"
+#include "App/SessionBus.h"
+#include "Platform/FileLock.h"
+#include "Platform/PosixAtomicFile.h"
+#include "Platform/QtAppPaths.h"
+#include "Platform/QtDialogs.h"
+#include "Platform/QtMainLoop.h"
+#include "Platform/SdlAudioOutput.h"
+#include "Platform/SyslogSystemLog.h"
+#include "ViewModels/ProjectViewModel.h"
+
+#include <QStringList>
+
+#include <memory>
+
+namespace mossbit {
+
+class DocumentWindow;
+
+/// Puts the program together: one document, one window, and what stands behind them.
+class MossbitApp {
+public:
+    MossbitApp();
+    ~MossbitApp();
+
+    /// Runs until the window is closed, or ends at once where another copy takes `files`, the
+    /// paths or addresses that the program was started with. Returns the exit status.
+    int run(const QStringList& files);
+
+private:
+    void makeDocument();
+    void showWindow();
+    void followTheSystem();
+
+    QtAppPaths m_paths;
+    SyslogSystemLog m_log;
+    QtMainLoop m_mainLoop;
+    QtDialogs m_dialogs;
+    PosixAtomicFile m_files;
+    SdlAudioOutput m_audioOutput;
+    SessionBus m_bus;
+    EndSignals m_endSignals;
+    AppDelegate m_delegate;
+    /// Without the lock, another copy is looking after the autosave.
+    std::unique_ptr<FileLock> m_autosaveLock;
+    std::unique_ptr<ProjectViewModel> m_viewModel;
+    std::unique_ptr<DocumentWindow> m_window;
+};
+
+} // namespace mossbit

@@ -1,0 +1,21 @@
+#include "App/MossbitApp.h"
+#include "UI/Theme.h"
+
+#include <QApplication>
+#include <QIcon>
+
+#include <csignal>
+
+int main(int argc, char** argv) {
+    // Standard error may be a pipe that nobody reads any more.
+    std::signal(SIGPIPE, SIG_IGN);
+    QApplication application(argc, argv);
+    // No display name: the desktop would append it to the window's title.
+    QApplication::setApplicationName(QStringLiteral("Mossbit"));
+    QApplication::setApplicationVersion(QStringLiteral(MOSSBIT_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.quillark.mossbit"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.quillark.mossbit")));
+    mossbit::applyTheme(application);
+    mossbit::MossbitApp mossbit;
+    return mossbit.run(QApplication::arguments().mid(1));
+}
