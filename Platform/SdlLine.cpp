@@ -147,6 +147,8 @@ void SdlLine::keep() {
     release(lock);
     lock.unlock();
     quitAudio();
+    // SDL keeps its last error for each thread, and forgets that of threads it did not start.
+    SDL_TLSCleanup();
     lock.lock();
     m_ended = true;
     // Under the lock, because the waiting thread may end the process right after.
