@@ -112,6 +112,32 @@ TEST_F(Lifecycle, SecondStartHandsItsFileOver) {
     }
 }
 
+TEST_F(Lifecycle, AnswersTheDesktop) {
+    startBus();
+    store("zwei #2 ä.mossbit", two);
+    const auto program = start();
+    ASSERT_TRUE(isUp(*program));
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit"); }));
+    const auto call = [](const std::string& method, std::vector<std::string> arguments) {
+        std::vector<std::string> command = {"gdbus",
+                                            "call",
+                                            "--session",
+                                            "--timeout=5",
+                                            "--dest=com.quillark.mossbit",
+                                            "--object-path=/com/quillark/mossbit",
+                                            "--method=org.freedesktop.Application." + method};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return Process(command).wait();
+    };
+    EXPECT_EQ(call("Activate", {"{'activation-token': <'token'>}"}), 0);
+    EXPECT_EQ(call("ActivateAction", {"none", "[<1>]", "{}"}), 0);
+    EXPECT_EQ(call("Open", {"@as []", "{}"}), 0);
+    const std::string address = "file://" + home.path().string() + "/zwei%20%232%20%C3%A4.mossbit";
+    EXPECT_EQ(call("Open", {"['" + address + "', 'file:///missing.mossbit']", "{}"}), 0);
+    ASSERT_TRUE(end(*program));
+    EXPECT_EQ(autosave(), two);
+}
+
 TEST_F(Lifecycle, CopiesWithoutABusDoNotFightOverTheAutosave) {
     store("one.mossbit", one);
     store("two.mossbit", two);
