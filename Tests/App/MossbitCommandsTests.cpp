@@ -42,13 +42,13 @@ struct MenuBar {
 
 /// "menu: title shortcut, …" with "-" for a separator.
 std::string content(const QMenu& menu) {
-    std::string text = menu.title().remove('&').toStdString() + ":";
+    QString text = menu.title().remove('&') + ':';
     for (const QAction* action : menu.actions()) {
         const QString keys = QKeySequence::listToString(action->shortcuts());
-        text += " " + (action->isSeparator() ? "-" : action->text().toStdString());
-        text += keys.isEmpty() ? "" : " [" + keys.toStdString() + "]";
+        text += ' ' + (action->isSeparator() ? QString('-') : action->text());
+        text += keys.isEmpty() ? QString() : QString(" [%1]").arg(keys);
     }
-    return text;
+    return text.toStdString();
 }
 
 TEST(MossbitCommands, ListsItsItemsWithTheirKeys) {
