@@ -56,6 +56,8 @@ private:
 /// The piano roll: a list of the selected channel's notes, and after them its scroll bars.
 class AccessiblePianoRoll : public QAccessibleWidget {
 public:
+    static constexpr int scrollBarCount = 2;
+
     explicit AccessiblePianoRoll(PianoRollView& view)
         : QAccessibleWidget(&view, QAccessible::List), m_view(view) {}
 
@@ -64,15 +66,14 @@ public:
             QAccessible::deleteAccessibleInterface(interfaceId);
     }
 
-    int childCount() const override { return noteCount() + 2; }
+    int childCount() const override { return noteCount() + scrollBarCount; }
 
     QAccessibleInterface* child(int index) const override {
         if (index < 0 || index >= childCount())
             return nullptr;
         const int bar = index - noteCount();
         if (bar >= 0)
-            return QAccessible::queryAccessibleInterface(bar == 0 ? m_view.horizontalScrollBar()
-                                                                  : m_view.verticalScrollBar());
+            return QAccessible::queryAccessibleInterface(scrollBarHolder(bar));
         return interfaceOf(notes()[static_cast<std::size_t>(index)].id);
     }
 
@@ -82,9 +83,10 @@ public:
                                             [&](const Note& n) { return n.id == note->noteId(); });
             return found == notes().end() ? -1 : static_cast<int>(found - notes().begin());
         }
-        if (child && child->object() == m_view.horizontalScrollBar())
-            return noteCount();
-        return child && child->object() == m_view.verticalScrollBar() ? noteCount() + 1 : -1;
+        for (int bar = 0; bar < scrollBarCount; ++bar)
+            if (child && child->object() == scrollBarHolder(bar))
+                return noteCount() + bar;
+        return -1;
     }
 
     QAccessibleInterface* childAt(int x, int y) const override {
@@ -97,6 +99,13 @@ public:
 
 private:
     const std::vector<Note>& notes() const { return m_view.viewModel().selectedChannel().notes; }
+    /// The view's own children that hold its scroll bars.
+    QObject* scrollBarHolder(int index) const {
+        const QScrollBar* bar =
+            index == 0 ? m_view.horizontalScrollBar() : m_view.verticalScrollBar();
+        return bar->parent();
+    }
+
     int noteCount() const { return static_cast<int>(notes().size()); }
 
     QAccessibleInterface* interfaceOf(const Uuid& note) const {
