@@ -197,6 +197,9 @@ bool PianoRollView::eventFilter(QObject* watched, QEvent* event) {
 void PianoRollView::showProject() {
     const Project& project = m_vm.project();
     const int channel = m_vm.selectedChannelIndex();
+    // An undo, say: to go on would change the song without a step of its own.
+    if (!m_isDragEditing)
+        m_drag.reset();
     const bool sameView = channel == m_shownChannel && project.bars == m_shownProject.bars &&
                           project.grid == m_shownProject.grid;
     updateGrid();

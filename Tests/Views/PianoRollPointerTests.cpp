@@ -109,6 +109,22 @@ TEST(PianoRollPointer, EndsADragWhoseReleaseGotLost) {
     EXPECT_EQ(window.notes()[0].length, 1);
 }
 
+TEST(PianoRollPointer, EndsADragWhenSomethingElseChangesTheSong) {
+    const Project before = song().note(72, 4, 4);
+    for (const bool switchesChannel : {false, true}) {
+        WindowHarness window(before);
+        window.press(window.at(72, 5));
+        window.drag(window.at(72, 9));
+        if (switchesChannel)
+            window.vm->setSelectedChannelIndex(1);
+        else
+            window.vm->undo();
+        const Project then = window.vm->project();
+        window.drag(window.at(72, 12));
+        EXPECT_EQ(window.vm->project(), then);
+    }
+}
+
 TEST(PianoRollPointer, EndsADragWhenTheDocumentIsReplaced) {
     WindowHarness window(song().note(72, 4, 4));
     window.press(window.at(72, 5));
