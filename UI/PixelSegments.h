@@ -45,6 +45,16 @@ public:
         QString label;
     };
 
+    /// A choice for each of `options`, with the text that `label` gives it.
+    template <typename Options, typename Label>
+    static std::vector<Choice> choices(const Options& options, Label label) {
+        std::vector<Choice> result;
+        result.reserve(std::size(options));
+        for (const Option& option : options)
+            result.push_back({option, label(option)});
+        return result;
+    }
+
     /// `onClick` gets the option of every clicked segment, the selected one's too.
     PixelSegments(const QString& name, const std::vector<Choice>& choices, const QColor& accent,
                   std::function<void(Option)> onClick, QWidget* parent = nullptr)
@@ -64,6 +74,7 @@ public:
 private:
     static std::vector<QString> labels(const std::vector<Choice>& choices) {
         std::vector<QString> result;
+        result.reserve(choices.size());
         for (const Choice& choice : choices)
             result.push_back(choice.label);
         return result;

@@ -66,7 +66,7 @@ void PixelStyle::drawControl(ControlElement element, const QStyleOption* option,
         return;
     }
     PixelPainter pixels(*painter);
-    pixels.edge(QRectF(option->rect).adjusted(0, option->rect.height() / 2, 0, 0), Qt::TopEdge,
+    pixels.edge(QRectF(option->rect).adjusted(0, option->rect.height() / 2.0, 0, 0), Qt::TopEdge,
                 Palette::line);
 }
 

@@ -21,10 +21,7 @@ constexpr int textSize = 10;
 
 template <typename Option, typename Options>
 std::vector<typename PixelSegments<Option>::Choice> choices(const Options& options) {
-    std::vector<typename PixelSegments<Option>::Choice> result;
-    for (const Option option : options)
-        result.push_back({option, title(option)});
-    return result;
+    return PixelSegments<Option>::choices(options, [](Option option) { return title(option); });
 }
 
 } // namespace

@@ -122,9 +122,8 @@ QWidget* TransportView::makeLoop() {
 }
 
 QWidget* TransportView::makeBars() {
-    std::vector<PixelSegments<std::int64_t>::Choice> choices;
-    for (const std::int64_t count : allBarCounts)
-        choices.push_back({count, QString::number(count)});
+    const auto choices = PixelSegments<std::int64_t>::choices(
+        allBarCounts, [](std::int64_t count) { return QString::number(count); });
     auto* row = new Row(captionSpacing, this);
     m_bars = row->addSegments<std::int64_t>(tr("Bars"), choices, barsColor,
                                             [this](std::int64_t bars) { m_vm.setBars(bars); });
@@ -132,9 +131,8 @@ QWidget* TransportView::makeBars() {
 }
 
 QWidget* TransportView::makeGrid() {
-    std::vector<PixelSegments<GridDivision>::Choice> choices;
-    for (const GridDivision grid : allGridDivisions)
-        choices.push_back({grid, title(grid)});
+    const auto choices = PixelSegments<GridDivision>::choices(
+        allGridDivisions, [](GridDivision grid) { return title(grid); });
     auto* row = new Row(captionSpacing, this);
     m_grid = row->addSegments<GridDivision>(tr("Grid"), choices, gridColor,
                                             [this](GridDivision grid) { m_vm.setGrid(grid); });
