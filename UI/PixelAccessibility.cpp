@@ -80,13 +80,39 @@ private:
     VolumeBar& m_bar;
 };
 
+/// The segments from the left: the widgets' own order changes with the one that is raised.
+class AccessibleSegments : public QAccessibleWidget {
+public:
+    explicit AccessibleSegments(PixelSegmentRow& row)
+        : QAccessibleWidget(&row, QAccessible::Grouping), m_row(row) {}
+
+    int childCount() const override { return static_cast<int>(m_row.segmentCount()); }
+
+    QAccessibleInterface* child(int index) const override {
+        if (index < 0 || index >= childCount())
+            return nullptr;
+        return QAccessible::queryAccessibleInterface(
+            &m_row.segment(static_cast<std::size_t>(index)));
+    }
+
+    int indexOfChild(const QAccessibleInterface* child) const override {
+        for (int index = 0; child && index < childCount(); ++index)
+            if (child->object() == &m_row.segment(static_cast<std::size_t>(index)))
+                return index;
+        return -1;
+    }
+
+private:
+    PixelSegmentRow& m_row;
+};
+
 QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     if (auto* button = qobject_cast<FlatButton*>(object))
         return new AccessibleButton(*button);
     if (auto* bar = qobject_cast<VolumeBar*>(object))
         return new AccessibleVolumeBar(*bar);
     if (auto* segments = qobject_cast<PixelSegmentRow*>(object))
-        return new QAccessibleWidget(segments, QAccessible::Grouping);
+        return new AccessibleSegments(*segments);
     if (auto* caption = dynamic_cast<PixelCaption*>(object))
         return new QAccessibleWidget(caption, QAccessible::StaticText);
     return nullptr;

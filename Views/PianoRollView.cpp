@@ -77,6 +77,8 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setViewportMargins(static_cast<int>(PianoRollGeometry::keyWidth), 0, 0, 0);
+    horizontalScrollBar()->setAccessibleName(tr("Horizontal scroll bar"));
+    verticalScrollBar()->setAccessibleName(tr("Vertical scroll bar"));
     verticalScrollBar()->setSingleStep(verticalStep);
     horizontalScrollBar()->setSingleStep(horizontalStep);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);

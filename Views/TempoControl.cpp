@@ -129,6 +129,8 @@ void TempoField::paintEvent(QPaintEvent* event) {
 }
 
 TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
+    // In reading order, which Tab and assistive tools follow.
+    auto* caption = new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this);
     auto* slower = makeStepButton(PixelGlyph::minus, tr("Decrease tempo"), this);
     m_number = new TempoNumber(this);
     m_field = new TempoField(this);
@@ -139,7 +141,7 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(spacing);
-    row->addWidget(new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this));
+    row->addWidget(caption);
     row->addWidget(slower);
     row->addWidget(m_number);
     row->addWidget(m_field);

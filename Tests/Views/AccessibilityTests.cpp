@@ -1,4 +1,5 @@
 #include "Tests/Support/WindowHarness.h"
+#include "UI/PixelSegments.h"
 #include "UI/VolumeBar.h"
 
 #include <QAccessible>
@@ -38,6 +39,18 @@ TEST(Accessibility, NamesEveryControlWithItsRoleAndState) {
         const bool takesKeys = widget->focusPolicy() != Qt::NoFocus && widget != &window.canvas();
         EXPECT_TRUE(!takesKeys || !widget->accessibleName().isEmpty())
             << widget->metaObject()->className();
+    }
+}
+
+TEST(Accessibility, KeepsPickersInOrderWhateverIsChosen) {
+    WindowHarness window;
+    auto& bars = accessible(window.control<PixelSegmentRow>(QStringLiteral("Bars")));
+    ASSERT_EQ(bars.childCount(), 5);
+    for (int i = 0; i < 5; ++i) {
+        window.vm->setBars(allBarCounts[static_cast<std::size_t>(i)]);
+        EXPECT_EQ(bars.child(i)->text(QAccessible::Name), QStringLiteral("Bars %1").arg(1 << i));
+        EXPECT_TRUE(bars.child(i)->state().checked);
+        EXPECT_EQ(bars.indexOfChild(bars.child(i)), i);
     }
 }
 
