@@ -25,7 +25,6 @@ QString folderToShow(const std::filesystem::path& lastFolder) {
 }
 
 std::optional<std::filesystem::path> run(QFileDialog& panel, std::filesystem::path& lastFolder) {
-    panel.setDirectory(folderToShow(lastFolder));
     if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty())
         return std::nullopt;
     const std::filesystem::path file =
@@ -60,8 +59,8 @@ std::size_t QtDialogs::runAlert(const Alert& alert) {
                                     : static_cast<std::size_t>(pressed - buttons.begin());
 }
 
-std::optional<std::filesystem::path> QtDialogs::runSavePanel(FileKind kind,
-                                                             const std::string& proposedName) {
+std::optional<std::filesystem::path>
+QtDialogs::runSavePanel(FileKind kind, const std::filesystem::path& proposal) {
     const bool isProject = kind == FileKind::project;
     QFileDialog panel(m_window, isProject ? QStringLiteral("Save") : QStringLiteral("Export WAV"));
     panel.setAcceptMode(QFileDialog::AcceptSave);
@@ -69,8 +68,18 @@ std::optional<std::filesystem::path> QtDialogs::runSavePanel(FileKind kind,
     panel.setNameFilter(isProject ? QStringLiteral("Mossbit project (*.mossbit)")
                                   : QStringLiteral("WAV audio (*.wav)"));
     panel.setDefaultSuffix(isProject ? QStringLiteral("mossbit") : QStringLiteral("wav"));
-    panel.selectFile(QString::fromStdString(proposedName));
-    return run(panel, m_folder);
+    // The folder before the name, which native panels otherwise look for in the working folder.
+    panel.setDirectory(
+        folderToShow(proposal.has_parent_path() ? proposal.parent_path() : m_folder));
+    panel.selectFile(QFile::decodeName(proposal.filename().c_str()));
+    while (const auto chosen = run(panel, m_folder)) {
+        const std::filesystem::path file = withExtension(*chosen, kind);
+        if (file == *chosen || !std::filesystem::exists(file))
+            return file;
+        // The panel asked about another name; it asks about this one when it is confirmed.
+        panel.selectFile(QFile::decodeName(file.filename().c_str()));
+    }
+    return std::nullopt;
 }
 
 std::optional<std::filesystem::path> QtDialogs::runOpenPanel() {
@@ -79,6 +88,7 @@ std::optional<std::filesystem::path> QtDialogs::runOpenPanel() {
     panel.setFileMode(QFileDialog::ExistingFile);
     panel.setNameFilters({QStringLiteral("Mossbit project or JSON (*.mossbit *.json)"),
                           QStringLiteral("All files (*)")});
+    panel.setDirectory(folderToShow(m_folder));
     return run(panel, m_folder);
 }
 

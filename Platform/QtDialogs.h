@@ -8,15 +8,15 @@ class QWidget;
 
 namespace mossbit {
 
-/// Qt's message box and file panels, modal to one window.
+/// Qt's message box and file panels, in front of one window.
 class QtDialogs final : public Dialogs {
 public:
     /// The window that the dialogs belong to; it must outlive their use. None before this.
     void setParentWindow(QWidget* window) { m_window = window; }
 
     std::size_t runAlert(const Alert& alert) override;
-    std::optional<std::filesystem::path> runSavePanel(FileKind kind,
-                                                      const std::string& proposedName) override;
+    std::optional<std::filesystem::path>
+    runSavePanel(FileKind kind, const std::filesystem::path& proposal) override;
     std::optional<std::filesystem::path> runOpenPanel() override;
 
 private:

@@ -121,7 +121,8 @@ public:
     void save();
     void saveAs();
     void exportWAV();
-    /// Whether the document may be replaced: asks if it holds unsaved work.
+    /// Whether the document may go: asks if it holds unsaved work. What is discarded here is not
+    /// written by `flushAutosave` either.
     bool confirmDiscardIfNeeded();
     /// Writes a pending autosave now, and the document's file.
     void flushAutosave();
@@ -174,6 +175,7 @@ private:
     void clearHistory();
     void didChange(bool projectDiffers = true);
     void scheduleAutosave();
+    void scheduleAutosave(std::optional<std::filesystem::path> fileURL);
     /// `fileURL` is a copy because the task that holds it may be replaced meanwhile.
     void autosave(std::optional<std::filesystem::path> fileURL);
     void writeInBackground(const std::filesystem::path& url);
@@ -181,6 +183,8 @@ private:
     // Document.
     void restore();
     void keepUnreadableAutosave();
+    template <typename Command>
+    void replaceAfterAsking(Command command);
     UnsavedWork askAboutUnsavedWork();
     template <typename Dialog>
     auto ask(Dialog dialog);
@@ -188,6 +192,7 @@ private:
     void replaceDocument(Project project, std::optional<std::filesystem::path> url,
                          UnsavedWork unsavedWork);
     void keepReplacedWork(const std::optional<std::filesystem::path>& replacement);
+    std::optional<std::filesystem::path> askWhereToSave(FileKind kind);
     void write(const std::filesystem::path& url);
     void setAlertMessage(std::optional<std::string> message);
 
@@ -212,6 +217,9 @@ private:
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
     bool m_isAsking = false;
+    /// From the question about unsaved work until the document has been replaced or kept.
+    bool m_isReplacing = false;
+    bool m_isDiscarded = false;
     /// Arrived while a dialog was up.
     std::optional<std::filesystem::path> m_handedOverURL;
     std::unique_ptr<MainLoop::Task> m_handOverTask;

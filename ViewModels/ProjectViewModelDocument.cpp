@@ -13,15 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* projectExtension = ".mossbit";
-constexpr const char* wavExtension = ".wav";
-
-fs::path withExtension(fs::path path, const char* extension) {
-    if (path.extension().empty())
-        path += extension;
-    return path;
-}
-
 } // namespace
 
 template <typename Dialog>
@@ -77,21 +68,28 @@ std::string ProjectViewModel::documentName() const {
     return m_fileURL ? m_fileURL->stem().string() : "Untitled";
 }
 
-void ProjectViewModel::newProject() {
+template <typename Command>
+void ProjectViewModel::replaceAfterAsking(Command command) {
+    m_isReplacing = true;
     const UnsavedWork unsavedWork = askAboutUnsavedWork();
-    if (unsavedWork == UnsavedWork::kept)
-        return;
-    replaceDocument(Project(), std::nullopt, unsavedWork);
-    if (m_autosaveURL)
-        writeInBackground(*m_autosaveURL);
+    if (unsavedWork != UnsavedWork::kept)
+        command(unsavedWork);
+    m_isReplacing = false;
+}
+
+void ProjectViewModel::newProject() {
+    replaceAfterAsking([this](UnsavedWork unsavedWork) {
+        replaceDocument(Project(), std::nullopt, unsavedWork);
+        if (m_autosaveURL)
+            writeInBackground(*m_autosaveURL);
+    });
 }
 
 void ProjectViewModel::open() {
-    const UnsavedWork unsavedWork = askAboutUnsavedWork();
-    if (unsavedWork == UnsavedWork::kept)
-        return;
-    if (const auto url = ask([this] { return m_services.dialogs.runOpenPanel(); }))
-        openAfterAsking(*url, unsavedWork);
+    replaceAfterAsking([this](UnsavedWork unsavedWork) {
+        if (const auto url = ask([this] { return m_services.dialogs.runOpenPanel(); }))
+            openAfterAsking(*url, unsavedWork);
+    });
 }
 
 void ProjectViewModel::open(const fs::path& url) {
@@ -103,9 +101,8 @@ void ProjectViewModel::openHandedOver(const fs::path& url) {
         m_handedOverURL = url;
         return;
     }
-    const UnsavedWork unsavedWork = askAboutUnsavedWork();
-    if (unsavedWork != UnsavedWork::kept)
-        openAfterAsking(url, unsavedWork);
+    replaceAfterAsking(
+        [this, &url](UnsavedWork unsavedWork) { openAfterAsking(url, unsavedWork); });
 }
 
 void ProjectViewModel::openAfterAsking(const fs::path& url, UnsavedWork unsavedWork) {
@@ -116,6 +113,7 @@ void ProjectViewModel::openAfterAsking(const fs::path& url, UnsavedWork unsavedW
         setAlertMessage("Could not open that project: " + description(error));
         return;
     }
+    m_services.files.removeLeftovers(url.parent_path());
     replaceDocument(std::move(*project), url, unsavedWork);
 }
 
@@ -158,12 +156,15 @@ void ProjectViewModel::save() {
 }
 
 void ProjectViewModel::saveAs() {
-    const auto url = ask([this] {
-        return m_services.dialogs.runSavePanel(FileKind::project,
-                                               documentName() + projectExtension);
-    });
-    if (url)
-        write(withExtension(*url, projectExtension));
+    if (const auto url = askWhereToSave(FileKind::project))
+        write(*url);
+}
+
+std::optional<fs::path> ProjectViewModel::askWhereToSave(FileKind kind) {
+    const fs::path folder = m_fileURL ? m_fileURL->parent_path() : fs::path();
+    const fs::path proposal = folder / (documentName() + extensionOf(kind));
+    auto url = ask([&] { return m_services.dialogs.runSavePanel(kind, proposal); });
+    return url ? std::optional(withExtension(*url, kind)) : std::nullopt;
 }
 
 void ProjectViewModel::write(const fs::path& url) {
@@ -182,22 +183,25 @@ void ProjectViewModel::exportWAV() {
         setAlertMessage("Add a few notes before exporting.");
         return;
     }
-    const auto url = ask([this] {
-        return m_services.dialogs.runSavePanel(FileKind::wav, documentName() + wavExtension);
-    });
+    const auto url = askWhereToSave(FileKind::wav);
     if (!url)
         return;
     Project onePass = m_project;
     onePass.loop = false;
     try {
-        WAVExporter::exportProject(onePass, withExtension(*url, wavExtension), m_services.files);
+        WAVExporter::exportProject(onePass, *url, m_services.files);
     } catch (const std::exception& error) {
         setAlertMessage("Export failed: " + description(error));
     }
 }
 
 bool ProjectViewModel::confirmDiscardIfNeeded() {
-    return askAboutUnsavedWork() != UnsavedWork::kept;
+    bool mayGo = false;
+    replaceAfterAsking([&](UnsavedWork unsavedWork) {
+        mayGo = true;
+        m_isDiscarded = unsavedWork == UnsavedWork::discarded;
+    });
+    return mayGo;
 }
 
 ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {

@@ -67,11 +67,20 @@ void ProjectViewModel::didChange(bool projectDiffers) {
 void ProjectViewModel::scheduleAutosave() {
     // The project needs no copy: whatever changes it comes here and restarts the delay, and what
     // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
-    m_autosaveTask = m_services.mainLoop.after(autosaveDelay,
-                                               [this, fileURL = m_fileURL] { autosave(fileURL); });
+    scheduleAutosave(m_fileURL);
+}
+
+void ProjectViewModel::scheduleAutosave(std::optional<std::filesystem::path> fileURL) {
+    m_autosaveTask = m_services.mainLoop.after(
+        autosaveDelay, [this, fileURL = std::move(fileURL)] { autosave(fileURL); });
 }
 
 void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
+    // What the user is about to discard must not be saved while a dialog asks.
+    if (m_isReplacing) {
+        scheduleAutosave(std::move(fileURL));
+        return;
+    }
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
     if (!fileURL)
@@ -82,6 +91,8 @@ void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
 
 void ProjectViewModel::flushAutosave() {
     m_autosaveTask.reset();
+    if (m_isDiscarded)
+        return;
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
     if (m_fileURL)

@@ -33,9 +33,9 @@ public:
         return answer("alert " + alert.message, alertAnswers, std::size_t{2});
     }
 
-    Path runSavePanel(FileKind kind, const std::string& proposedName) override {
+    Path runSavePanel(FileKind kind, const std::filesystem::path& proposal) override {
         const char* const panel = kind == FileKind::wav ? "save wav " : "save ";
-        return answer(panel + proposedName, saveAnswers, Path());
+        return answer(panel + proposal.filename().string(), saveAnswers, Path());
     }
 
     Path runOpenPanel() override { return answer("open", openAnswers, Path()); }

@@ -68,6 +68,7 @@ TEST_F(Document, IsNamedAfterItsFileAndSavedWithAnExtension) {
                           {"new", "new.mossbit", "new"},
                           {"my.song.mossbit", "my.song.mossbit", "my.song"},
                           {"data.json", "data.json", "data"},
+                          {"Song v1.2", "Song v1.2.mossbit", "Song v1.2"},
                           {"f\u00fcr Elise", "f\u00fcr Elise.mossbit", "f\u00fcr Elise"}}) {
         model = harness.start(tune);
         harness.dialogs.saveAnswers = {harness.folder / c.chosen, harness.folder / c.chosen};
@@ -315,6 +316,33 @@ TEST_F(Document, AFileHandedOverDuringADialogWaitsForItsAnswer) {
     harness.pass(0.1);
     EXPECT_EQ(model->fileURL(), other);
     EXPECT_EQ(model->project().tempo, 200);
+}
+
+TEST_F(Document, SavesNothingWhileItAsksWhetherToDiscard) {
+    const fs::path file = harness.store("song.mossbit", tune);
+    for (const bool opens : {true, false}) {
+        model->open(file);
+        model->setTempo(91);
+        harness.dialogs.meanwhile = [&] { harness.pass(2); };
+        harness.dialogs.alertAnswers = {discardButton};
+        if (opens)
+            model->newProject();
+        else
+            model->open(); // Its panel is cancelled, so the work stays and is saved after all.
+        EXPECT_EQ(saved(file), tune);
+        harness.pass(2);
+        EXPECT_EQ(saved(file).tempo, opens ? 90 : 91);
+    }
+}
+
+TEST_F(Document, WhatIsDiscardedAtTheEndStaysDiscarded) {
+    const fs::path file = harness.store("song.mossbit", tune);
+    model->open(file);
+    model->setTempo(91);
+    harness.dialogs.alertAnswers = {discardButton};
+    EXPECT_TRUE(model->confirmDiscardIfNeeded());
+    model->flushAutosave();
+    EXPECT_EQ(saved(file), tune);
 }
 
 } // namespace
