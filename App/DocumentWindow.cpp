@@ -14,6 +14,16 @@
 
 namespace mossbit {
 
+namespace {
+
+/// Opening leaves the file where it is: a move would let the sender delete it.
+void acceptAsCopy(QDropEvent& event) {
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+} // namespace
+
 DocumentWindow::DocumentWindow(ProjectViewModel& vm) : m_vm(vm) {
     setCentralWidget(new MainView(vm, this));
     new MossbitCommands(vm, *this);
@@ -52,14 +62,14 @@ void DocumentWindow::closeEvent(QCloseEvent* event) {
 
 void DocumentWindow::dragEnterEvent(QDragEnterEvent* event) {
     if (event->mimeData()->hasUrls())
-        event->acceptProposedAction();
+        acceptAsCopy(*event);
 }
 
 void DocumentWindow::dropEvent(QDropEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.isEmpty())
         return;
-    event->acceptProposedAction();
+    acceptAsCopy(*event);
     Q_EMIT fileDropped(urls.first().toString(QUrl::FullyEncoded));
 }
 

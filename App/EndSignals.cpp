@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 
 namespace mossbit {
@@ -14,13 +15,20 @@ namespace {
 
 constexpr std::array endSignals = {SIGTERM, SIGINT, SIGHUP};
 
-/// Read end, write end. A handler may do little more than write to it.
+/// Read end, write end. Global because a handler is given nothing else, and may do little more than
+/// write to it.
 std::array<int, 2> pipeEnds = {-1, -1};
 
 extern "C" void handleEndSignal(int) {
     const int error = errno;
     [[maybe_unused]] const ssize_t written = write(pipeEnds[1], "", 1);
     errno = error;
+}
+
+/// A signal that is ignored from the start stays so: `nohup` means it.
+void takeUnlessIgnored(int signal) {
+    if (std::signal(signal, handleEndSignal) == SIG_IGN)
+        std::signal(signal, SIG_IGN);
 }
 
 } // namespace
@@ -40,7 +48,7 @@ EndSignals::EndSignals() {
         Q_EMIT received();
     });
     for (const int signal : endSignals)
-        std::signal(signal, handleEndSignal);
+        takeUnlessIgnored(signal);
 }
 
 EndSignals::~EndSignals() {
