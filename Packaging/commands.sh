@@ -11,7 +11,7 @@ buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsdl2-d
 testPackages=(libgtest-dev libbenchmark-dev clang libclang-rt-dev pulseaudio pulseaudio-utils
     xvfb openbox xdotool x11-utils imagemagick dbus libglib2.0-bin desktop-file-utils
     at-spi2-core python3-pyatspi gir1.2-atspi-2.0 appstream libxml2-utils lintian
-    shared-mime-info)
+    shared-mime-info dpkg-dev file man-db)
 
 say() {
     printf '%s\n' "$*"
