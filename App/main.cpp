@@ -14,7 +14,9 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Mossbit"));
     QApplication::setApplicationVersion(QStringLiteral(MOSSBIT_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.quillark.mossbit"));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.quillark.mossbit")));
+    // The theme has it where Mossbit is installed; the program's own serves where it is not.
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.quillark.mossbit"),
+                                                 QIcon(QStringLiteral(":/256.png"))));
     mossbit::applyTheme(application);
     mossbit::MossbitApp mossbit;
     return mossbit.run(QApplication::arguments().mid(1));
