@@ -1,7 +1,6 @@
 #include "Views/PianoRollView.h"
 
 #include <QMouseEvent>
-#include <QScopedValueRollback>
 
 namespace mossbit {
 
@@ -77,7 +76,6 @@ void PianoRollView::beginDrag(const QPointF& point) {
 }
 
 void PianoRollView::updateDrag(const QPointF& point) {
-    const QScopedValueRollback isEditing(m_isDragEditing, true);
     if (m_drag->kind == ActiveDrag::Kind::move) {
         const auto to = m_grid.moved(m_drag->origin, point - m_drag->startPoint);
         m_vm.updateNote(m_drag->id, {.pitch = to.pitch, .start = to.tick, .length = {}});

@@ -91,6 +91,12 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     connect(&vm, &ProjectViewModel::selectionChanged, this, &PianoRollView::showSelection);
     connect(&vm, &ProjectViewModel::playheadChanged, this, &PianoRollView::showPlayhead);
     connect(&vm, &ProjectViewModel::documentReplaced, this, [this] { m_drag.reset(); });
+    // The press has emptied what can be redone, so this tells of every undo, also of one that has
+    // only taken the press back: to go on would change the song without a step of its own.
+    connect(&vm, &ProjectViewModel::historyChanged, this, [this] {
+        if (m_vm.canRedo())
+            m_drag.reset();
+    });
 }
 
 PianoRollView::~PianoRollView() = default;
@@ -199,8 +205,7 @@ bool PianoRollView::eventFilter(QObject* watched, QEvent* event) {
 void PianoRollView::showProject() {
     const Project& project = m_vm.project();
     const int channel = m_vm.selectedChannelIndex();
-    // An undo, say: to go on would change the song without a step of its own.
-    if (!m_isDragEditing)
+    if (m_drag && (channel != m_shownChannel || !m_vm.note(m_drag->id)))
         m_drag.reset();
     const bool sameView = channel == m_shownChannel && project.bars == m_shownProject.bars &&
                           project.grid == m_shownProject.grid;

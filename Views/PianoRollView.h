@@ -89,8 +89,6 @@ private:
     std::int64_t m_shownPlayhead;
     bool m_hasCentred = false;
     std::optional<ActiveDrag> m_drag;
-    /// Whether the drag itself is what changes the song just now.
-    bool m_isDragEditing = false;
     KeyColumn* m_keys;
     QWidget* m_focusMark;
 };
