@@ -52,14 +52,18 @@ public:
     QRect toDevice(const QRectF& rect) const;
     void fillPixels(const QRect& pixels, const QColor& color);
     QPainter& devicePainter() { return m_painter; }
+    /// From points to device pixels.
     const QTransform& transform() const { return m_toDevice; }
 
 private:
     void drawBaseline(const QString& text, const QFont& font, const QColor& color, QPointF origin);
 
     QPainter& m_painter;
+    /// From points to the painter's window coordinates: its world transform before and after.
     const QTransform m_world;
+    /// From points to device pixels.
     const QTransform m_toDevice;
+    /// From device pixels to the painter's window coordinates: its world transform meanwhile.
     const QTransform m_pixels;
 };
 
