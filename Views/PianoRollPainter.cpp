@@ -223,8 +223,9 @@ void PianoRollPainter::playhead(std::int64_t tick) {
     if (tick < 0)
         return;
     const double x = m_geometry.cellWidth * static_cast<double>(tick);
-    m_pixels.fillPixels({m_pixels.deviceX(x), m_grid.y(), m_pixels.thickness(2), m_grid.height()},
-                        withOpacity(Palette::text, 0.85));
+    const QRect line(m_pixels.deviceX(x), m_grid.y(), m_pixels.thickness(2), m_grid.height());
+    // The end of the song is the grid's: nothing shows beside it.
+    m_pixels.fillPixels(line & m_grid, withOpacity(Palette::text, 0.85));
 }
 
 } // namespace mossbit

@@ -192,5 +192,18 @@ TEST(KeyColumn, NamesTheRowsAndStaysWhileTheGridScrollsSideways) {
     EXPECT_EQ(render(window.roll(), 1).copy(0, 0, 66, 300), before.copy(0, 15, 66, 300));
 }
 
+TEST(PianoRollPainter, KeepsThePlayheadWithinTheGrid) {
+    const PianoRollGeometry grid({}, ChannelKind::pulse1, {700, 300}, 0.6);
+    QImage image(700, 300, QImage::Format_RGB32);
+    image.fill(Palette::well);
+    const QImage before = image;
+    QPainter painter(&image);
+    PixelPainter pixels(painter);
+    PianoRollPainter(pixels, grid, image.rect()).playhead(grid.totalTicks);
+    EXPECT_EQ(image, before);
+    PianoRollPainter(pixels, grid, image.rect()).playhead(grid.totalTicks - 1);
+    EXPECT_NE(image, before);
+}
+
 } // namespace
 } // namespace mossbit
