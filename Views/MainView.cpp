@@ -3,7 +3,6 @@
 #include "UI/PixelCaption.h"
 #include "UI/PixelPainter.h"
 #include "Views/ChannelBarView.h"
-
 #include "Views/PianoRollView.h"
 #include "Views/TransportView.h"
 

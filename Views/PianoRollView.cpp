@@ -1,6 +1,7 @@
 #include "Views/PianoRollView.h"
 
 #include "UI/FlatButton.h"
+#include "UI/KeyboardFocus.h"
 #include "Views/KeyColumn.h"
 #include "Views/PianoRollAccessibility.h"
 #include "Views/PianoRollPainter.h"
@@ -49,12 +50,6 @@ int scrollRange(double content, int visible) {
 
 bool isByKeyboard(Qt::FocusReason reason) {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
-}
-
-/// The focus only lends itself out: to a menu, to another program.
-bool willReturn(Qt::FocusReason reason) {
-    return reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason ||
-           reason == Qt::ActiveWindowFocusReason;
 }
 
 } // namespace
@@ -183,11 +178,13 @@ void PianoRollView::wheelEvent(QWheelEvent* event) {
         QAbstractScrollArea::wheelEvent(event);
         return;
     }
-    const bool sideways = event->angleDelta().y() == 0;
-    QWheelEvent turned(event->position(), event->globalPosition(), event->pixelDelta().transposed(),
-                       sideways ? event->angleDelta() : event->angleDelta().transposed(),
-                       event->buttons(), event->modifiers() & ~Qt::ShiftModifier, event->phase(),
-                       event->inverted());
+    // Some systems have turned it already.
+    const auto sideways = [](const QPoint& delta) {
+        return delta.y() == 0 ? delta : delta.transposed();
+    };
+    QWheelEvent turned(event->position(), event->globalPosition(), sideways(event->pixelDelta()),
+                       sideways(event->angleDelta()), event->buttons(),
+                       event->modifiers() & ~Qt::ShiftModifier, event->phase(), event->inverted());
     QCoreApplication::sendEvent(horizontalScrollBar(), &turned);
     event->accept();
 }
@@ -314,7 +311,7 @@ void PianoRollView::focusInEvent(QFocusEvent* event) {
 
 void PianoRollView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
-    if (!willReturn(event->reason()))
+    if (!isKeyboardLent(event->reason()))
         m_focusMark->hide();
 }
 

@@ -1,5 +1,6 @@
 #include "Views/TempoControl.h"
 
+#include "UI/KeyboardFocus.h"
 #include "UI/PixelButton.h"
 #include "UI/PixelCaption.h"
 #include "UI/PixelIcon.h"
@@ -9,6 +10,8 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <string>
@@ -103,15 +106,8 @@ void TempoField::focusInEvent(QFocusEvent* event) {
 
 void TempoField::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
-    switch (event->reason()) {
-    case Qt::PopupFocusReason:
-    case Qt::MenuBarFocusReason:
-    case Qt::ActiveWindowFocusReason:
-        // The keyboard comes back here.
-        return;
-    default:
+    if (!isKeyboardLent(event->reason()))
         Q_EMIT left();
-    }
 }
 
 void TempoField::keyPressEvent(QKeyEvent* event) {
