@@ -6,9 +6,11 @@
 #include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
 
+#include <QApplication>
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMenuBar>
 
 #include <algorithm>
 #include <array>
@@ -77,6 +79,8 @@ TempoField::TempoField(QWidget* parent) : QLineEdit(parent) {
     setAccessibleName(tr("Tempo in beats per minute"));
     setFrame(false);
     setAlignment(Qt::AlignCenter);
+    // A file dropped on the window is to be opened, wherever it lands.
+    setAcceptDrops(false);
     setFont(fixedFont(numberSize));
     QPalette palette = this->palette();
     palette.setColor(QPalette::Base, Palette::well);
@@ -97,11 +101,6 @@ bool TempoField::event(QEvent* event) {
         }
     }
     return QLineEdit::event(event);
-}
-
-void TempoField::focusInEvent(QFocusEvent* event) {
-    QLineEdit::focusInEvent(event);
-    Q_EMIT focused();
 }
 
 void TempoField::focusOutEvent(QFocusEvent* event) {
@@ -148,10 +147,11 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     connect(faster, &QAbstractButton::clicked, this,
             [this] { m_vm.setTempo(m_vm.project().tempo + 1); });
     connect(m_number, &QAbstractButton::clicked, this, &TempoControl::beginEditing);
-    connect(m_field, &TempoField::focused, this, [this] { m_vm.setEditingText(true); });
     connect(m_field, &TempoField::left, this, &TempoControl::commitTempo);
     connect(m_field, &QLineEdit::returnPressed, this, &TempoControl::commitTempo);
     connect(m_field, &TempoField::cancelled, this, &TempoControl::close);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* now) { commitIfLeftTo(now); });
     connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
     // What was typed was meant for the song that is gone.
     connect(&vm, &ProjectViewModel::documentReplaced, this, &TempoControl::close);
@@ -170,30 +170,31 @@ void TempoControl::showProject() {
 void TempoControl::beginEditing() {
     if (m_editingTempo)
         return;
-    m_editingTempo = true;
     m_field->setText(QString::number(m_vm.project().tempo));
-    m_number->hide();
     m_field->show();
+    m_field->setFocus(Qt::OtherFocusReason);
+    m_field->selectAll();
+    m_number->hide();
+    // Only now: what happened to the keyboard on the way here is no reason to commit.
+    m_editingTempo = true;
     m_vm.setEditingText(true);
-    // Once the press that opened the field has been dealt with.
-    QMetaObject::invokeMethod(
-        m_field,
-        [this] {
-            if (!m_editingTempo)
-                return;
-            m_field->setFocus(Qt::OtherFocusReason);
-            m_field->selectAll();
-        },
-        Qt::QueuedConnection);
+    window()->installEventFilter(this);
 }
 
 void TempoControl::commitTempo() {
     if (!m_editingTempo)
         return;
-    const auto tempo = parseTempo(m_field->text());
-    close();
-    if (tempo)
+    if (const auto tempo = parseTempo(m_field->text()))
         m_vm.setTempo(*tempo);
+    close();
+}
+
+/// Whoever borrowed the keyboard may pass it on instead of giving it back, and the field learns
+/// nothing of that.
+void TempoControl::commitIfLeftTo(const QWidget* widget) {
+    if (widget && widget != m_field && widget->window() == window() &&
+        !qobject_cast<const QMenuBar*>(widget))
+        commitTempo();
 }
 
 void TempoControl::close() {
@@ -201,13 +202,22 @@ void TempoControl::close() {
         return;
     // First: giving the focus away below tells of leaving the field once more.
     m_editingTempo = false;
-    const bool hadFocus = m_field->hasFocus();
+    window()->removeEventFilter(this);
+    // Not `hasFocus`: the window may be inactive, behind a dialog.
+    const bool hadFocus = window()->focusWidget() == m_field;
     m_field->clearFocus();
     m_field->hide();
     m_number->show();
     m_vm.setEditingText(false);
     if (hadFocus)
         Q_EMIT keyboardReleased();
+}
+
+bool TempoControl::eventFilter(QObject* watched, QEvent* event) {
+    // Before the window asks about unsaved work, and before the last write.
+    if (event->type() == QEvent::Close)
+        commitTempo();
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace mossbit

@@ -16,13 +16,11 @@ public:
     explicit TempoField(QWidget* parent = nullptr);
 
 Q_SIGNALS:
-    void focused();
     void left();
     void cancelled();
 
 protected:
     bool event(QEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -42,10 +40,14 @@ Q_SIGNALS:
     /// The field has closed and has given the keyboard away.
     void keyboardReleased();
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void showProject();
     void beginEditing();
     void commitTempo();
+    void commitIfLeftTo(const QWidget* widget);
     void close();
 
     ProjectViewModel& m_vm;

@@ -3,6 +3,8 @@
 #include "Views/TempoControl.h"
 #include "Views/TransportView.h"
 
+#include <QDialog>
+#include <QMenuBar>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -77,7 +79,34 @@ TEST(TempoField, StaysOpenWhileTheKeyboardIsOnlyLent) {
     window.control(QStringLiteral("Increase tempo")).click();
     EXPECT_EQ(window.vm->project().tempo, 121);
     EXPECT_TRUE(field.isVisible());
-    EXPECT_EQ(window.vm->project().tempo, 121);
+    QMenuBar menuBar(&window.view);
+    menuBar.setFocus(Qt::MenuBarFocusReason);
+    EXPECT_TRUE(field.isVisible());
+    window.roll().setFocus(Qt::MouseFocusReason);
+    EXPECT_FALSE(field.isVisible()) << "passed on";
+    EXPECT_EQ(window.vm->project().tempo, 150);
+}
+
+TEST(TempoField, CommitsBeforeItsWindowCloses) {
+    WindowHarness window;
+    type(openField(window), QStringLiteral("150"));
+    window.view.close();
+    EXPECT_EQ(window.vm->project().tempo, 150);
+    EXPECT_FALSE(window.vm->isEditingText());
+}
+
+TEST(TempoField, GivesTheKeyboardToTheGridAlsoBehindADialog) {
+    WindowHarness window;
+    const TempoField& field = openField(window);
+    QDialog dialog(&window.view);
+    dialog.show();
+    dialog.activateWindow();
+    QApplication::processEvents();
+    ASSERT_FALSE(field.hasFocus());
+    EXPECT_TRUE(field.isVisible());
+    window.vm->newProject();
+    EXPECT_FALSE(field.isVisible());
+    EXPECT_EQ(window.view.focusWidget(), &window.roll());
 }
 
 TEST(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
