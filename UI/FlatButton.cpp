@@ -16,12 +16,17 @@ FlatButton::FlatButton(Kind kind, QWidget* parent) : QAbstractButton(parent), m_
 }
 
 void FlatButton::setActive(bool active) {
-    if (active == isChecked())
+    if (active == m_isActive)
         return;
-    setCheckable(true);
-    setChecked(active);
+    m_isActive = active;
+    if (m_kind != Kind::action) {
+        // Announces itself.
+        setChecked(active);
+        return;
+    }
+    update();
     QAccessible::State changed;
-    changed.checked = true;
+    changed.pressed = true;
     QAccessibleStateChangeEvent event(this, changed);
     QAccessible::updateAccessibility(&event);
 }

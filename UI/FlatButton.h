@@ -8,7 +8,7 @@ class PixelPainter;
 
 /// A button without the platform's bezel. A click leaves the keyboard where it is; Tab brings it
 /// here, Return presses. Whether it looks pressed in is up to its owner: a click never changes
-/// `isChecked`.
+/// `isActive`.
 class FlatButton : public QAbstractButton {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ public:
 
     /// Shows it as on or off, chosen or not.
     void setActive(bool active);
-    bool isActive() const { return isChecked(); }
+    bool isActive() const { return m_isActive; }
 
     QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -38,6 +38,7 @@ protected:
 
 private:
     const Kind m_kind;
+    bool m_isActive = false;
     bool m_hovering = false;
 };
 
