@@ -10,10 +10,18 @@
 namespace mossbit {
 
 PixelCaption::PixelCaption(const QString& text, const PixelLabel& label, QWidget* parent)
-    : QWidget(parent), m_text(text), m_label(label) {
+    : QWidget(parent) {
     installPixelAccessibility();
-    setAccessibleName(text);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setText(text, label);
+}
+
+void PixelCaption::setText(const QString& text, const PixelLabel& label) {
+    m_text = text;
+    m_label = label;
+    setAccessibleName(text);
+    updateGeometry();
+    update();
 }
 
 QSize PixelCaption::sizeHint() const {

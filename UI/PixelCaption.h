@@ -11,6 +11,8 @@ class PixelCaption : public QWidget {
 public:
     PixelCaption(const QString& text, const PixelLabel& label, QWidget* parent = nullptr);
 
+    void setText(const QString& text, const PixelLabel& label);
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -18,8 +20,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    const QString m_text;
-    const PixelLabel m_label;
+    QString m_text;
+    PixelLabel m_label;
 };
 
 /// A rectangle in `Palette::line`: a divider or a rule. 0 for a side lets the layout stretch it.

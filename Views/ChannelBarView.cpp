@@ -1,10 +1,12 @@
 #include "Views/ChannelBarView.h"
 
+#include "UI/PixelCaption.h"
 #include "UI/PixelPainter.h"
+#include "UI/PixelRow.h"
 #include "Views/ChannelCard.h"
 #include "Views/DisplayNames.h"
 
-#include <cmath>
+#include <initializer_list>
 
 namespace mossbit {
 
@@ -12,31 +14,44 @@ namespace {
 
 // Points.
 constexpr int inspectorHeight = 36;
-constexpr double padding = 12;
-constexpr double spacing = 12;
-constexpr double dividerHeight = 18;
-constexpr double legendSpacing = 10;
+constexpr int padding = 12;
+constexpr int spacing = 12;
+constexpr int dividerHeight = 18;
+constexpr int legendSpacing = 10;
 constexpr int cardSpacing = 1;
 constexpr int textSize = 10;
-
-template <typename Option, typename Options>
-std::vector<typename PixelSegments<Option>::Choice> choices(const Options& options) {
-    return PixelSegments<Option>::choices(options, [](Option option) { return title(option); });
-}
 
 } // namespace
 
 ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
-    : QWidget(parent),
-      m_vm(vm),
-      m_kind(vm.selectedChannel().kind),
-      m_duty(new PixelSegments<Duty>(
-          tr("Duty"), choices<Duty>(allDuties), Palette::accent(ChannelKind::pulse1),
-          [&vm](Duty duty) { vm.setDuty(duty, vm.selectedChannelIndex()); }, this)),
-      m_preset(new PixelSegments<WavePreset>(
-          tr("Preset"), choices<WavePreset>(allWavePresets), Palette::accent(ChannelKind::wave),
-          [&vm](WavePreset preset) { vm.setWavePreset(preset, vm.selectedChannelIndex()); },
-          this)) {
+    : QWidget(parent), m_vm(vm), m_title(new PixelCaption({}, {}, this)) {
+    setAccessibleName(tr("Selected channel"));
+    const auto label = [](auto option) { return title(option); };
+    auto* divider = new PixelRule(1, dividerHeight, this);
+    auto* duty = new PixelRow(spacing, this);
+    m_duty = duty->addSegments<Duty>(
+        tr("Duty"), PixelSegments<Duty>::choices(allDuties, label), Palette::text,
+        [&vm](Duty chosen) { vm.setDuty(chosen, vm.selectedChannelIndex()); });
+    auto* preset = new PixelRow(spacing, this);
+    m_preset = preset->addSegments<WavePreset>(
+        tr("Preset"), PixelSegments<WavePreset>::choices(allWavePresets, label),
+        Palette::accent(ChannelKind::wave),
+        [&vm](WavePreset chosen) { vm.setWavePreset(chosen, vm.selectedChannelIndex()); });
+    auto* kit = new PixelRow(spacing, this);
+    m_kit = kit;
+    kit->addCaption(tr("Kit"));
+    auto* drums = new PixelRow(legendSpacing, kit);
+    for (const NoiseVoiceKind voice : allNoiseVoiceKinds)
+        drums->addCaption(title(voice));
+    kit->add(drums);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(padding, 0, padding, 0);
+    row->setSpacing(spacing);
+    for (QWidget* item : std::initializer_list<QWidget*>{m_title, divider, duty, preset, kit})
+        row->addWidget(item);
+    row->addStretch();
+
     connect(&vm, &ProjectViewModel::projectChanged, this, &ChannelInspector::showProject);
     connect(&vm, &ProjectViewModel::selectedChannelIndexChanged, this,
             &ChannelInspector::showProject);
@@ -45,69 +60,26 @@ ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
 
 void ChannelInspector::showProject() {
     const Channel& channel = m_vm.selectedChannel();
+    const QColor accent = Palette::accent(channel.kind);
+    m_title->setText(title(channel.kind), pixelLabel(textSize, accent));
     m_duty->setSelection(channel.duty);
+    m_duty->setAccent(accent);
     m_preset->setSelection(channel.wave);
-    m_duty->setVisible(channel.kind == ChannelKind::pulse1 || channel.kind == ChannelKind::pulse2);
-    m_preset->setVisible(channel.kind == ChannelKind::wave);
-    if (m_duty->isVisibleTo(this))
-        m_duty->setAccent(Palette::accent(channel.kind));
-    if (channel.kind == m_kind)
-        return;
-    m_kind = channel.kind;
-    resizeEvent(nullptr);
-    update();
-}
-
-QString ChannelInspector::caption() const {
-    switch (m_kind) {
-    case ChannelKind::wave:
-        return tr("Preset");
-    case ChannelKind::noise:
-        return tr("Kit");
-    default:
-        return tr("Duty");
-    }
-}
-
-double ChannelInspector::captionLeft() const {
-    return padding + pixelLabel(textSize, {}).width(title(m_kind)) + spacing + 1 + spacing;
-}
-
-double ChannelInspector::contentLeft() const {
-    return captionLeft() + pixelLabel(textSize, {}).width(caption()) + spacing;
+    m_duty->parentWidget()->setVisible(channel.kind == ChannelKind::pulse1 ||
+                                       channel.kind == ChannelKind::pulse2);
+    m_preset->parentWidget()->setVisible(channel.kind == ChannelKind::wave);
+    m_kit->setVisible(channel.kind == ChannelKind::noise);
 }
 
 QSize ChannelInspector::sizeHint() const {
     return {0, inspectorHeight};
 }
 
-void ChannelInspector::resizeEvent(QResizeEvent*) {
-    for (PixelSegmentRow* row :
-         {static_cast<PixelSegmentRow*>(m_duty), static_cast<PixelSegmentRow*>(m_preset)}) {
-        const QSize extent = row->sizeHint();
-        row->setGeometry(
-            QRect(QPoint(qRound(contentLeft()), (inspectorHeight - extent.height()) / 2), extent));
-    }
-}
-
 void ChannelInspector::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     PixelPainter pixels(painter);
-    const double middle = inspectorHeight / 2.0;
-    const PixelLabel dim = pixelLabel(textSize, Palette::textDim);
     pixels.fill(rect(), Palette::background);
     pixels.edge(rect(), Qt::TopEdge, Palette::line);
-    pixels.text(title(m_kind), pixelLabel(textSize, Palette::accent(m_kind)), {padding, middle});
-    pixels.edge({captionLeft() - spacing - 1, middle - dividerHeight / 2, 1, dividerHeight},
-                Qt::LeftEdge, Palette::line);
-    pixels.text(caption(), dim, {captionLeft(), middle});
-    if (m_kind != ChannelKind::noise)
-        return;
-    double x = contentLeft();
-    for (const NoiseVoiceKind voice : allNoiseVoiceKinds) {
-        pixels.text(title(voice), dim, {x, middle});
-        x += dim.width(title(voice)) + legendSpacing;
-    }
 }
 
 ChannelBarView::ChannelBarView(ProjectViewModel& vm, QWidget* parent) : QWidget(parent) {

@@ -8,6 +8,7 @@
 namespace mossbit {
 
 class ChannelCard;
+class PixelCaption;
 
 /// The row under the cards with the setting that belongs to the selected channel's kind.
 class ChannelInspector : public QWidget {
@@ -20,19 +21,15 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void showProject();
-    /// Left end of what follows the caption, in points.
-    double contentLeft() const;
-    double captionLeft() const;
-    QString caption() const;
 
     ProjectViewModel& m_vm;
-    ChannelKind m_kind;
+    PixelCaption* m_title;
     PixelSegments<Duty>* m_duty;
     PixelSegments<WavePreset>* m_preset;
+    QWidget* m_kit;
 };
 
 /// The song's channels side by side, and the selected one's setting.

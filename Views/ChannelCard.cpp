@@ -53,12 +53,12 @@ ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
     : FlatButton(Kind::choice, parent),
       m_vm(vm),
       m_index(index),
-      m_channel(vm.project().channels[static_cast<std::size_t>(index)]),
+      m_kind(vm.project().channels[static_cast<std::size_t>(index)].kind),
       m_mute(new MuteButton(this)),
       m_volume(new VolumeBar(
-          Palette::accent(m_channel.kind), static_cast<int>(highestVolume),
+          Palette::accent(m_kind), static_cast<int>(highestVolume),
           [&vm, index](int volume) { vm.setVolume(volume, index); }, this)) {
-    const QString name = title(m_channel.kind);
+    const QString name = title(m_kind);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     setAccessibleName(name);
     m_mute->setAccessibleName(name + QStringLiteral(" mute"));
@@ -77,10 +77,16 @@ void ChannelCard::showProject() {
     m_volume->setValue(static_cast<int>(channel.volume));
     m_mute->setActive(channel.muted);
     m_mute->setToolTip(channel.muted ? tr("Unmute") : tr("Mute"));
-    if (channel.volume != m_channel.volume || channel.muted != m_channel.muted)
-        update();
-    m_channel.volume = channel.volume;
-    m_channel.muted = channel.muted;
+    if (channel.volume == m_shownVolume && channel.muted == m_isShownMuted)
+        return;
+    m_shownVolume = channel.volume;
+    m_isShownMuted = channel.muted;
+    setAccessibleDescription(QStringLiteral("Vol ") + volumeText());
+    update();
+}
+
+QString ChannelCard::volumeText() const {
+    return QStringLiteral("%1 / %2").arg(m_shownVolume).arg(highestVolume);
 }
 
 QSize ChannelCard::sizeHint() const {
@@ -98,22 +104,20 @@ void ChannelCard::resizeEvent(QResizeEvent*) {
 void ChannelCard::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     PixelPainter pixels(painter);
-    const QColor accent = Palette::accent(m_channel.kind);
+    const QColor accent = Palette::accent(m_kind);
     const QRectF card = rect();
     pixels.fill(card, isActive() ? Palette::background : Palette::panel);
 
     const double header = m_mute->geometry().y() + m_mute->height() / 2.0;
     pixels.fill({sidePadding, header - swatchSize / 2.0, swatchSize, swatchSize},
-                withOpacity(accent, m_channel.muted ? 0.3 : 1.0));
-    pixels.text(title(m_channel.kind),
-                pixelLabel(11, isActive() ? Palette::text : Palette::textDim),
+                withOpacity(accent, m_isShownMuted ? 0.3 : 1.0));
+    pixels.text(title(m_kind), pixelLabel(11, isActive() ? Palette::text : Palette::textDim),
                 {sidePadding + swatchSize + headerSpacing, header});
 
     const double footer = card.bottom() - endPadding - footerHeight / 2.0;
     const PixelLabel caption = pixelLabel(9, Palette::textDim);
     pixels.text(QStringLiteral("Vol"), caption, {sidePadding, footer});
-    pixels.text(QStringLiteral("%1 / %2").arg(m_channel.volume).arg(highestVolume), caption,
-                {card.right() - sidePadding, footer}, Qt::AlignRight);
+    pixels.text(volumeText(), caption, {card.right() - sidePadding, footer}, Qt::AlignRight);
 
     if (isActive())
         pixels.edge(card, Qt::TopEdge, accent, accentBarHeight);

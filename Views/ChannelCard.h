@@ -24,11 +24,14 @@ protected:
 
 private:
     void showProject();
+    QString volumeText() const;
 
     ProjectViewModel& m_vm;
     const int m_index;
-    /// What is on the screen.
-    Channel m_channel;
+    const ChannelKind m_kind;
+    // What is on the screen.
+    std::int64_t m_shownVolume = -1;
+    bool m_isShownMuted = false;
     FlatButton* m_mute;
     VolumeBar* m_volume;
 };

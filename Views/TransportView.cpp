@@ -3,10 +3,9 @@
 #include "UI/PixelCaption.h"
 #include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
+#include "UI/PixelRow.h"
 #include "Views/DisplayNames.h"
 #include "Views/TempoControl.h"
-
-#include <QHBoxLayout>
 
 #include <algorithm>
 
@@ -28,40 +27,6 @@ constexpr double narrowestFlexibleGap = 8;
 constexpr int dividerHeight = 22;
 constexpr int captionSpacing = 6;
 constexpr int buttonSpacing = 5;
-
-/// A row of widgets, as wide as they need. Tab follows the order in which they are added.
-class Row : public QWidget {
-public:
-    Row(int spacing, QWidget* parent) : QWidget(parent), m_layout(new QHBoxLayout(this)) {
-        m_layout->setContentsMargins(0, 0, 0, 0);
-        m_layout->setSpacing(spacing);
-    }
-
-    void addCaption(const QString& text) {
-        m_layout->addWidget(new PixelCaption(text, pixelLabel(10, Palette::textDim), this));
-    }
-
-    PixelButton* addButton(const PixelButton::Look& look, const QString& name) {
-        auto* button = new PixelButton(look, this);
-        button->setAccessibleName(name);
-        m_layout->addWidget(button);
-        return button;
-    }
-
-    template <typename Option>
-    PixelSegments<Option>*
-    addSegments(const QString& name,
-                const std::vector<typename PixelSegments<Option>::Choice>& choices,
-                const QColor& accent, std::function<void(Option)> onClick) {
-        addCaption(name);
-        auto* segments = new PixelSegments<Option>(name, choices, accent, std::move(onClick), this);
-        m_layout->addWidget(segments);
-        return segments;
-    }
-
-private:
-    QHBoxLayout* m_layout;
-};
 
 } // namespace
 
@@ -91,7 +56,7 @@ TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
 }
 
 QWidget* TransportView::makePlayback() {
-    auto* row = new Row(buttonSpacing, this);
+    auto* row = new PixelRow(buttonSpacing, this);
     m_play = row->addButton(
         {.accent = playColor, .padding = 10, .icon = &PixelGlyph::play, .text = {}}, tr("Play"));
     m_play->setToolTip(tr("Play (Space)"));
@@ -124,7 +89,7 @@ QWidget* TransportView::makeLoop() {
 QWidget* TransportView::makeBars() {
     const auto choices = PixelSegments<std::int64_t>::choices(
         allBarCounts, [](std::int64_t count) { return QString::number(count); });
-    auto* row = new Row(captionSpacing, this);
+    auto* row = new PixelRow(captionSpacing, this);
     m_bars = row->addSegments<std::int64_t>(tr("Bars"), choices, barsColor,
                                             [this](std::int64_t bars) { m_vm.setBars(bars); });
     return row;
@@ -133,14 +98,14 @@ QWidget* TransportView::makeBars() {
 QWidget* TransportView::makeGrid() {
     const auto choices = PixelSegments<GridDivision>::choices(
         allGridDivisions, [](GridDivision grid) { return title(grid); });
-    auto* row = new Row(captionSpacing, this);
+    auto* row = new PixelRow(captionSpacing, this);
     m_grid = row->addSegments<GridDivision>(tr("Grid"), choices, gridColor,
                                             [this](GridDivision grid) { m_vm.setGrid(grid); });
     return row;
 }
 
 QWidget* TransportView::makeZoom() {
-    auto* row = new Row(buttonSpacing, this);
+    auto* row = new PixelRow(buttonSpacing, this);
     row->addCaption(tr("Zoom"));
     auto* out = row->addButton({.icon = &PixelGlyph::minus, .text = {}}, tr("Zoom out"));
     auto* in = row->addButton({.icon = &PixelGlyph::plus, .text = {}}, tr("Zoom in"));

@@ -1,6 +1,7 @@
 #include "Tests/Support/WindowHarness.h"
 #include "UI/PixelSegments.h"
 #include "UI/VolumeBar.h"
+#include "Views/ChannelBarView.h"
 
 #include <QAccessible>
 #include <gtest/gtest.h>
@@ -40,6 +41,19 @@ TEST(Accessibility, NamesEveryControlWithItsRoleAndState) {
         EXPECT_TRUE(!takesKeys || !widget->accessibleName().isEmpty())
             << widget->metaObject()->className();
     }
+}
+
+TEST(Accessibility, ReadsWhatIsOnlyWritten) {
+    WindowHarness window;
+    window.vm->setSelectedChannelIndex(3);
+    QStringList texts;
+    for (QWidget* widget : window.view.channelBar().inspector().findChildren<QWidget*>())
+        if (widget->isVisible() && accessible(*widget).role() == QAccessible::StaticText)
+            texts.push_back(widget->accessibleName());
+    EXPECT_EQ(texts.join(QLatin1Char(' ')).toStdString(), "NOISE Kit KICK SNARE HAT NOISE");
+    window.vm->setVolume(7, 3);
+    EXPECT_EQ(accessible(window.control(QStringLiteral("NOISE"))).text(QAccessible::Description),
+              QStringLiteral("Vol 7 / 15"));
 }
 
 TEST(Accessibility, KeepsPickersInOrderWhateverIsChosen) {
