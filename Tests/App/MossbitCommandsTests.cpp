@@ -34,10 +34,6 @@ struct MenuBar {
                 return *action;
         throw std::runtime_error("no item " + title.toStdString());
     }
-
-    std::string titleOfPlay() {
-        return window.menuBar()->actions()[2]->menu()->actions()[0]->text().toStdString();
-    }
 };
 
 /// "menu: title shortcut, …" with "-" for a separator.
@@ -83,38 +79,6 @@ TEST(MossbitCommands, DimsWhatCannotBeDone) {
     bar.vm->setEditingText(false);
     bar.vm->undo();
     EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
-}
-
-TEST(MossbitCommands, KeysReachTheViewModel) {
-    MenuBar bar;
-    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::keyClick(&bar.window, key, modifiers);
-    };
-    EXPECT_EQ(bar.titleOfPlay(), "Play");
-    press(Qt::Key_Space);
-    EXPECT_TRUE(bar.vm->isPlaying());
-    EXPECT_EQ(bar.titleOfPlay(), "Stop");
-    press(Qt::Key_3, Qt::ControlModifier);
-    EXPECT_EQ(bar.vm->selectedChannelIndex(), 2);
-    press(Qt::Key_Space);
-    EXPECT_FALSE(bar.vm->isPlaying());
-    EXPECT_EQ(bar.titleOfPlay(), "Play");
-
-    press(Qt::Key_L, Qt::ControlModifier);
-    EXPECT_FALSE(bar.vm->project().loop);
-    press(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_TRUE(bar.vm->project().loop);
-    press(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_FALSE(bar.vm->project().loop);
-
-    for (const Qt::Key erase : {Qt::Key_Backspace, Qt::Key_Delete}) {
-        bar.vm->addNote(60, 0);
-        bar.vm->addNote(61, 4);
-        press(Qt::Key_A, Qt::ControlModifier);
-        EXPECT_EQ(bar.vm->selection().size(), 2);
-        press(erase);
-        EXPECT_FALSE(bar.vm->project().hasNotes());
-    }
 }
 
 TEST(MossbitCommands, FileItemsReachTheViewModel) {

@@ -42,6 +42,15 @@ protected:
         return home / name;
     }
 
+    /// Starts the first copy, which has its name on the bus and the autosave on return.
+    std::unique_ptr<Process> startFirst(const std::vector<std::string>& arguments = {}) {
+        auto program = start(arguments);
+        EXPECT_TRUE(isUp(*program) && waitUntil([&] {
+                        return std::filesystem::exists(home / "Mossbit/Autosave.lock");
+                    }));
+        return program;
+    }
+
     std::unique_ptr<Process> start(const std::vector<std::string>& arguments = {}) {
         std::vector<std::string> command = {MOSSBIT_PROGRAM};
         command.insert(command.end(), arguments.begin(), arguments.end());
@@ -101,10 +110,8 @@ TEST_F(Lifecycle, SecondStartHandsItsFileOver) {
          {std::string("zwei #2 ä.mossbit"), file.string(),
           "file://" + home.path().string() + "/zwei%20%232%20%C3%A4.mossbit"}) {
         std::filesystem::remove_all(home / "Mossbit");
-        const auto first = start({"one.mossbit"});
-        ASSERT_TRUE(isUp(*first));
+        const auto first = startFirst({"one.mossbit"});
         // Only once the first one has its name does a second one end by itself.
-        ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit"); }));
         EXPECT_EQ(start({argument})->wait(), 0);
         EXPECT_EQ(start()->wait(), 0);
         ASSERT_TRUE(end(*first));
@@ -115,9 +122,7 @@ TEST_F(Lifecycle, SecondStartHandsItsFileOver) {
 TEST_F(Lifecycle, AnswersTheDesktop) {
     startBus();
     store("zwei #2 ä.mossbit", two);
-    const auto program = start();
-    ASSERT_TRUE(isUp(*program));
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit"); }));
+    const auto program = startFirst();
     const auto call = [](const std::string& method, std::vector<std::string> arguments) {
         std::vector<std::string> command = {"gdbus",
                                             "call",
@@ -141,9 +146,7 @@ TEST_F(Lifecycle, AnswersTheDesktop) {
 TEST_F(Lifecycle, CopiesWithoutABusDoNotFightOverTheAutosave) {
     store("one.mossbit", one);
     store("two.mossbit", two);
-    const auto first = start({"one.mossbit"});
-    ASSERT_TRUE(isUp(*first));
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit/Autosave.lock"); }));
+    const auto first = startFirst({"one.mossbit"});
     ASSERT_TRUE(end(*start({"two.mossbit"})));
     EXPECT_EQ(autosave(), std::nullopt);
     first->kill(SIGKILL);
@@ -153,12 +156,9 @@ TEST_F(Lifecycle, CopiesWithoutABusDoNotFightOverTheAutosave) {
 
 TEST_F(Lifecycle, StartsAloneWhenTheFirstCopyHangs) {
     startBus();
-    const auto first = start();
-    ASSERT_TRUE(isUp(*first));
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit/Autosave.lock"); }));
+    const auto first = startFirst();
     ::kill(first->id(), SIGSTOP);
-    const auto second = start();
-    EXPECT_TRUE(end(*second));
+    EXPECT_TRUE(end(*start()));
     ::kill(first->id(), SIGCONT);
     EXPECT_TRUE(end(*first));
 }
@@ -166,9 +166,7 @@ TEST_F(Lifecycle, StartsAloneWhenTheFirstCopyHangs) {
 TEST_F(Lifecycle, OutlivesTheBus) {
     startBus();
     store("one.mossbit", one);
-    const auto program = start({"one.mossbit"});
-    ASSERT_TRUE(isUp(*program));
-    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "Mossbit/Autosave.lock"); }));
+    const auto program = startFirst({"one.mossbit"});
     bus->kill();
     EXPECT_TRUE(end(*program));
     EXPECT_EQ(autosave(), one);

@@ -28,18 +28,12 @@ void requireLimits(const Project& project) {
     require(project.channels.size() == allChannelKinds.size(), "there are four channels");
     for (std::size_t i = 0; i < project.channels.size(); ++i) {
         const Channel& channel = project.channels[i];
-        const bool isNoise = channel.kind == ChannelKind::noise;
         require(channel.kind == allChannelKinds[i], "the channels are in their order");
         require(isWithin(channel.volume, 0, highestVolume), "the volume is within limits");
-        for (const Note& note : channel.notes) {
-            require(isWithin(note.pitch, isNoise ? 0 : PitchRange::lowest,
-                             isNoise ? 3 : PitchRange::highest),
-                    "the channel can play the pitch");
-            require(isWithin(note.start, 0, project.totalTicks() - 1), "the note starts inside");
-            require(isWithin(note.length, 1, project.totalTicks() - note.start),
-                    "the note ends inside");
-        }
     }
+    Project clamped = project;
+    clamped.clampNotes();
+    require(clamped == project, "the notes are inside");
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -53,28 +52,24 @@ private:
     const int m_layout;
 };
 
-QAbstractButton* buttonTitled(const QMessageBox& box, const QString& title) {
-    const auto buttons = box.buttons();
-    const auto found = std::find_if(buttons.begin(), buttons.end(),
-                                    [&](const auto* button) { return button->text() == title; });
-    return found == buttons.end() ? nullptr : *found;
-}
-
 TEST(QtDialogs, AlertShowsItsWordsAsTheyAre) {
     QtDialogs dialogs;
     QWidget window;
     dialogs.setParentWindow(&window);
     whenShown<QMessageBox>([&](QMessageBox& box) {
         EXPECT_EQ(box.parentWidget(), &window);
-        for (QLabel* label : box.findChildren<QLabel*>()) {
-            EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText)
-                << label->text().toStdString();
-        }
-        EXPECT_EQ(box.text().toStdString(), discardPrompt.message);
-        EXPECT_EQ(box.informativeText().toStdString(), discardPrompt.informativeText);
+        for (QLabel* label : box.findChildren<QLabel*>())
+            EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText);
         box.reject();
     });
     dialogs.runAlert(discardPrompt);
+}
+
+/// The buttons from the left to the right.
+QList<QAbstractButton*> buttonsOf(const QMessageBox& box) {
+    QList<QAbstractButton*> buttons = box.buttons();
+    std::ranges::sort(buttons, {}, [](const auto* button) { return button->x(); });
+    return buttons;
 }
 
 TEST(QtDialogs, AlertKeepsTheOrderOfItsButtonsOnEveryDesktop) {
@@ -83,13 +78,10 @@ TEST(QtDialogs, AlertKeepsTheOrderOfItsButtonsOnEveryDesktop) {
         QApplication::setStyle(new Desktop(layout));
         QtDialogs dialogs;
         whenShown<QMessageBox>([](QMessageBox& box) {
-            QList<QAbstractButton*> buttons = box.buttons();
-            std::sort(buttons.begin(), buttons.end(),
-                      [](const auto* one, const auto* other) { return one->x() < other->x(); });
-            ASSERT_EQ(buttons.size(), 3);
-            for (int index = 0; index < 3; ++index)
-                EXPECT_EQ(buttons[index]->text().toStdString(),
-                          discardPrompt.buttons[static_cast<std::size_t>(index)]);
+            QStringList titles;
+            for (const QAbstractButton* button : buttonsOf(box))
+                titles += button->text();
+            EXPECT_EQ(titles, (QStringList{"Save", "Discard", "Cancel"}));
             box.reject();
         });
         dialogs.runAlert(discardPrompt);
@@ -102,9 +94,7 @@ TEST(QtDialogs, AlertTellsWhichButtonWasPressed) {
         std::function<void(QMessageBox&)> answer;
         std::size_t expected;
     } cases[] = {
-        {[](QMessageBox& box) { buttonTitled(box, "Save")->click(); }, 0},
-        {[](QMessageBox& box) { buttonTitled(box, "Discard")->click(); }, 1},
-        {[](QMessageBox& box) { buttonTitled(box, "Cancel")->click(); }, 2},
+        {[](QMessageBox& box) { buttonsOf(box)[1]->click(); }, 1},
         {[](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }, 0},
         {[](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }, 2},
         {[](QMessageBox& box) { box.close(); }, 2},
@@ -129,48 +119,17 @@ TEST(QtDialogs, SavePanelCompletesTheName) {
     const QTemporaryDir folder;
     const struct {
         FileKind kind;
-        const char* typed;
-        const char* expected;
+        const char *typed, *expected;
     } cases[] = {
         {FileKind::project, "new", "new.mossbit"},
         {FileKind::project, "ä song.mossbit", "ä song.mossbit"},
         {FileKind::wav, "new", "new.wav"},
     };
     for (const auto& [kind, typed, expected] : cases) {
-        QtDialogs dialogs;
         typeAndAccept(folder.path(), QString::fromUtf8(typed));
-        const auto chosen = dialogs.runSavePanel(kind, "Untitled.mossbit");
-        ASSERT_TRUE(chosen);
-        EXPECT_EQ(chosen->filename().string(), expected);
-        EXPECT_EQ(chosen->parent_path().string(), folder.path().toStdString());
+        EXPECT_EQ(QtDialogs().runSavePanel(kind, "Untitled.mossbit"),
+                  folder.filePath(QString::fromUtf8(expected)).toStdString());
     }
-}
-
-TEST(QtDialogs, SavePanelProposesTheName) {
-    QtDialogs dialogs;
-    whenShown<QFileDialog>([](QFileDialog& panel) {
-        EXPECT_EQ(panel.findChild<QLineEdit*>("fileNameEdit")->text(), "my.song.mossbit");
-        panel.reject();
-    });
-    EXPECT_EQ(dialogs.runSavePanel(FileKind::project, "my.song.mossbit"), std::nullopt);
-}
-
-TEST(QtDialogs, OpenPanelTakesFilesOfAnyKindButNoFolders) {
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("notes.txt"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    QtDialogs dialogs;
-    typeAndAccept(folder.path(), "notes.txt");
-    EXPECT_EQ(dialogs.runOpenPanel(), file.fileName().toStdString());
-
-    whenShown<QFileDialog>([&](QFileDialog& panel) {
-        auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
-        name->setText(folder.path());
-        QTest::keyClick(name, Qt::Key_Return);
-        EXPECT_TRUE(panel.isVisible());
-        panel.reject();
-    });
-    EXPECT_EQ(dialogs.runOpenPanel(), std::nullopt);
 }
 
 } // namespace

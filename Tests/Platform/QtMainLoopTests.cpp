@@ -5,29 +5,12 @@
 #include <QEventLoop>
 
 #include <memory>
-#include <string>
 
 namespace mossbit {
 namespace {
 
 using namespace std::chrono_literals;
 using TaskHandle = std::unique_ptr<MainLoop::Task>;
-
-TEST(QtMainLoop, RunsLaterInTheOrderOfDelays) {
-    QtMainLoop loop;
-    QEventLoop events;
-    std::string order;
-    const TaskHandle last = loop.after(20ms, [&] {
-        order += 'c';
-        events.quit();
-    });
-    const TaskHandle second = loop.after(10ms, [&] { order += 'b'; });
-    const TaskHandle first = loop.after(0ms, [&] { order += 'a'; });
-    loop.after(0ms, [&] { order += "dropped handle"; }).reset();
-    EXPECT_EQ(order, "");
-    events.exec();
-    EXPECT_EQ(order, "abc");
-}
 
 TEST(QtMainLoop, RepeatsUntilTheActionDropsItsHandle) {
     QtMainLoop loop;
@@ -58,24 +41,6 @@ TEST(QtMainLoop, StepsDoNotDrift) {
             events.quit();
     });
     events.exec();
-}
-
-/// A repeating action that shows a dialog must not stop the playhead meanwhile.
-TEST(QtMainLoop, KeepsRepeatingInsideANestedLoop) {
-    QtMainLoop loop;
-    QEventLoop outer;
-    QEventLoop nested;
-    int calls = 0;
-    const TaskHandle task = loop.every(1ms, [&] {
-        ++calls;
-        if (calls == 1)
-            nested.exec();
-        else if (calls == 4)
-            nested.quit();
-    });
-    const TaskHandle end = loop.after(1ms, [&] { outer.quit(); });
-    outer.exec();
-    EXPECT_GE(calls, 4);
 }
 
 } // namespace

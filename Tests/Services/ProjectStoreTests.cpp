@@ -1,26 +1,14 @@
 #include "Services/ProjectStore.h"
 
 #include "Services/ErrorDescription.h"
-#include "Services/ProjectJson.h"
 #include "Tests/Support/ScratchFolder.h"
-#include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace mossbit {
 namespace {
-
-struct FixedPaths : AppPaths {
-    explicit FixedPaths(std::filesystem::path given) : folder(std::move(given)) {}
-    std::filesystem::path applicationSupportFolder() const override { return folder; }
-
-    std::filesystem::path folder;
-};
 
 std::string readingError(const std::filesystem::path& url) {
     try {
@@ -29,15 +17,6 @@ std::string readingError(const std::filesystem::path& url) {
         return description(error);
     }
     return {};
-}
-
-TEST(ProjectStore, ReadsFilesAlsoThroughLinks) {
-    const ScratchFolder folder;
-    const Project project = song({.tempo = 77}).note(61, 2, 3);
-    putBytes(folder / "song.mossbit", ProjectStore::encode(project));
-    std::filesystem::create_symlink("song.mossbit", folder / "link");
-    EXPECT_EQ(ProjectStore::read(folder / "song.mossbit"), project);
-    EXPECT_EQ(ProjectStore::read(folder / "link"), project);
 }
 
 TEST(ProjectStore, DescribesWhatCannotBeRead) {
@@ -55,38 +34,6 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
     EXPECT_EQ(readingError(folder / "pipe"), "It is not a regular file");
     EXPECT_EQ(readingError("/dev/zero"), "It is not a regular file");
     EXPECT_TRUE(readingError(folder / "empty").starts_with("line 1, column 1: unexpected end"));
-}
-
-TEST(ProjectStore, DescribesForbiddenFiles) {
-    if (::geteuid() == 0)
-        GTEST_SKIP() << "root may read everything";
-    const ScratchFolder folder;
-    putBytes(folder / "song", "{}");
-    std::filesystem::permissions(folder / "song", std::filesystem::perms::none);
-    EXPECT_EQ(readingError(folder / "song"), "Permission denied");
-}
-
-TEST(ProjectStore, MakesTheAutosaveFolder) {
-    const ScratchFolder folder;
-    const FixedPaths paths(folder / "deep/inside");
-    const auto url = ProjectStore::autosaveURL(paths);
-    EXPECT_EQ(url, folder / "deep/inside/Mossbit/Autosave.mossbit");
-    EXPECT_TRUE(std::filesystem::is_directory(url.parent_path()));
-    EXPECT_EQ(ProjectStore::autosaveURL(paths), url);
-
-    putBytes(folder / "file", "");
-    EXPECT_EQ(ProjectStore::autosaveURL(FixedPaths(folder / "file")),
-              folder / "file/Mossbit/Autosave.mossbit");
-}
-
-TEST(ErrorDescription, GivesTheSystemsWordsAlone) {
-    EXPECT_EQ(description(std::system_error(ENOSPC, std::generic_category(), "write")),
-              "No space left on device");
-    EXPECT_EQ(description(std::filesystem::filesystem_error(
-                  "open", std::make_error_code(std::errc::permission_denied))),
-              "Permission denied");
-    EXPECT_EQ(description(DecodingError("tempo: missing")), "tempo: missing");
-    EXPECT_EQ(description(std::bad_alloc()), "Cannot allocate memory");
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "Tests/Support/AllocationGuard.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <unistd.h>
@@ -30,14 +29,6 @@ AllocationGuard::~AllocationGuard() {
     --guards;
 }
 
-bool AllocationGuard::isEffective() noexcept {
-#ifdef MOSSBIT_FOREIGN_ALLOCATOR
-    return false;
-#else
-    return true;
-#endif
-}
-
 } // namespace mossbit
 
 #ifndef MOSSBIT_FOREIGN_ALLOCATOR
@@ -61,7 +52,6 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
 void* malloc(std::size_t size) noexcept {
@@ -77,17 +67,6 @@ void* calloc(std::size_t count, std::size_t size) noexcept {
 void* realloc(void* block, std::size_t size) noexcept {
     check();
     return __libc_realloc(block, size);
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    check();
-    return __libc_memalign(alignment, size);
-}
-
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-    check();
-    *block = __libc_memalign(alignment, size);
-    return *block == nullptr ? ENOMEM : 0;
 }
 
 void free(void* block) noexcept {

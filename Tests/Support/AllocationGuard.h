@@ -10,9 +10,6 @@ public:
     ~AllocationGuard();
     AllocationGuard(const AllocationGuard&) = delete;
     AllocationGuard& operator=(const AllocationGuard&) = delete;
-
-    /// Whether this build can tell.
-    static bool isEffective() noexcept;
 };
 
 } // namespace mossbit

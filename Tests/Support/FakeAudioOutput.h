@@ -23,8 +23,6 @@ public:
     bool pullsOnThread = false;
 
     // What was asked of it.
-    int connections = 0;
-    int preparations = 0;
     float volume = -1;
     AudioFormat format;
 
@@ -41,11 +39,10 @@ public:
     void connectSource(const AudioFormat& newFormat, Source source) override {
         format = newFormat;
         m_source = std::move(source);
-        ++connections;
     }
 
     void setOutputVolume(float newVolume) override { volume = newVolume; }
-    void prepare() override { ++preparations; }
+    void prepare() override {}
     bool isRunning() const override { return m_running; }
 
     void start() override {

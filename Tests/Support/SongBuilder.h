@@ -37,23 +37,8 @@ public:
         return *this;
     }
 
-    SongBuilder& volume(std::int64_t volume) {
-        channel().volume = volume;
-        return *this;
-    }
-
     SongBuilder& muted() {
         channel().muted = true;
-        return *this;
-    }
-
-    SongBuilder& duty(Duty duty) {
-        channel().duty = duty;
-        return *this;
-    }
-
-    SongBuilder& wave(WavePreset wave) {
-        channel().wave = wave;
         return *this;
     }
 

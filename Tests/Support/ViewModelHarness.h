@@ -9,48 +9,17 @@
 #include "Tests/Support/SongBuilder.h"
 #include "ViewModels/ProjectViewModel.h"
 
-#include <cerrno>
 #include <map>
 #include <string>
 
 namespace mossbit {
-
-/// A disk that fails at one step of every write, with a number for `errno`.
-struct FileFault {
-    enum class Step { none, open, write, sync, rename };
-
-    Step step = Step::none;
-    int error = 0;
-
-    /// The real calls, but for the one that fails. `fault` can be changed between writes.
-    static PosixFileCalls calls(const FileFault& fault) {
-        const auto real = PosixFileCalls::real();
-        return {.open = unless(fault, Step::open, real.open),
-                .write = unless(fault, Step::write, real.write),
-                .sync = unless(fault, Step::sync, real.sync),
-                .rename = unless(fault, Step::rename, real.rename)};
-    }
-
-private:
-    template <typename Result, typename... Arguments>
-    static std::function<Result(Arguments...)> unless(const FileFault& fault, Step step,
-                                                      std::function<Result(Arguments...)> call) {
-        return [&fault, step, call = std::move(call)](Arguments... arguments) -> Result {
-            if (fault.step != step)
-                return call(arguments...);
-            errno = fault.error;
-            return -1;
-        };
-    }
-};
 
 /// Everything that a view model needs, with its files in a scratch folder.
 struct ViewModelHarness {
     ScratchFolder folder;
     FakeMainLoop loop;
     FakeDialogs dialogs;
-    FileFault fault;
-    PosixAtomicFile realFiles{FileFault::calls(fault)};
+    PosixAtomicFile realFiles;
     RecordingAtomicFile files{realFiles};
     FakeAudioOutput output;
     FakeSystemLog log;
@@ -68,11 +37,8 @@ struct ViewModelHarness {
         listen(*model, &Model::selectedChannelIndexChanged, "channel");
         listen(*model, &Model::selectionChanged, "selection");
         listen(*model, &Model::isPlayingChanged, "isPlaying");
-        listen(*model, &Model::playheadChanged, "playhead");
         listen(*model, &Model::fileURLChanged, "fileURL");
         listen(*model, &Model::hasUnsavedChangesChanged, "unsaved");
-        listen(*model, &Model::alertMessageChanged, "alert");
-        listen(*model, &Model::isEditingTextChanged, "editingText");
         listen(*model, &Model::historyChanged, "history");
         listen(*model, &Model::documentReplaced, "replaced");
         return model;

@@ -1,19 +1,26 @@
 #include "UI/PixelPainter.h"
 
+#include "Tests/Support/WidgetProbes.h"
 #include "UI/PixelIcon.h"
+#include "UI/VolumeBar.h"
 
 #include <QImage>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
 
 namespace mossbit {
 namespace {
 
-QImage canvas(double ratio) {
+/// What `draw` leaves on black.
+QImage drawn(double ratio, const std::function<void(QPainter&, PixelPainter&)>& draw) {
     QImage image(QSize(40, 40) * ratio, QImage::Format_RGB32);
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::black);
+    QPainter painter(&image);
+    PixelPainter pixels(painter);
+    draw(painter, pixels);
     return image;
 }
 
@@ -28,11 +35,9 @@ int litInRow(const QImage& image, int y) {
 TEST(PixelPainter, DrawsLinesOfWholePixelsAtAnyRatio) {
     for (const auto& [ratio, thickness] : {std::pair{1.0, 1}, {1.25, 1}, {1.5, 2}, {2.0, 2}}) {
         for (int x = 3; x < 12; ++x) {
-            QImage image = canvas(ratio);
-            {
-                QPainter painter(&image);
-                PixelPainter(painter).pixelBorder(QRectF(x, 5, 20, 20), Qt::white);
-            }
+            const QImage image = drawn(ratio, [x](QPainter&, PixelPainter& pixels) {
+                pixels.pixelBorder(QRectF(x, 5, 20, 20), Qt::white);
+            });
             const int middle = static_cast<int>(15 * ratio);
             EXPECT_EQ(litInRow(image, middle), 2 * thickness) << ratio << " at " << x;
         }
@@ -41,14 +46,11 @@ TEST(PixelPainter, DrawsLinesOfWholePixelsAtAnyRatio) {
 
 TEST(PixelPainter, JoinsNeighboursWithoutSeamsOrOverlap) {
     for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
-        QImage image = canvas(ratio);
-        {
-            QPainter painter(&image);
+        const QImage image = drawn(ratio, [](QPainter& painter, PixelPainter& pixels) {
             painter.translate(0.3, 0.7);
-            PixelPainter pixels(painter);
             for (int i = 0; i < 9; ++i)
                 pixels.fill({i * 3.3, 2, 3.3, 30}, QColor(255, 255, 255, 100));
-        }
+        });
         const QColor first = image.pixelColor(3, 20);
         for (int x = 3; x < static_cast<int>(29 * ratio); ++x)
             ASSERT_EQ(image.pixelColor(x, 20), first) << ratio << " at " << x;
@@ -56,32 +58,24 @@ TEST(PixelPainter, JoinsNeighboursWithoutSeamsOrOverlap) {
 }
 
 TEST(PixelPainter, DrawsIconsCellByCell) {
-    EXPECT_EQ(PixelIcon{PixelGlyph::play}.extent(), QSizeF(8, 14));
-    EXPECT_EQ(PixelIcon{PixelGlyph::speaker}.extent(), QSizeF(18, 14));
-    QImage image = canvas(2);
-    {
-        QPainter painter(&image);
-        PixelPainter(painter).icon({.glyph = PixelGlyph::play, .color = Qt::white}, {3, 4});
-    }
+    const QImage image = drawn(2, [](QPainter&, PixelPainter& pixels) {
+        pixels.icon({.glyph = PixelGlyph::play, .color = Qt::white}, {3, 4});
+    });
     for (int row = 0; row < 7; ++row)
         EXPECT_EQ(litInRow(image, 8 + 4 * row + 1), 4 * (4 - std::abs(3 - row))) << row;
 }
 
-TEST(PixelPainter, CentresCapitals) {
-    QImage image = canvas(2);
-    {
-        QPainter painter(&image);
-        PixelPainter(painter).text(QStringLiteral("h"), pixelLabel(15, Qt::white), {20, 20},
-                                   Qt::AlignHCenter);
-    }
-    QRect ink;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (qGray(image.pixel(x, y)) > 60)
-                ink |= QRect(x, y, 1, 1);
-    EXPECT_NEAR(ink.center().x(), 39.5, 1);
-    EXPECT_NEAR(ink.center().y(), 39.5, 1);
-    EXPECT_NEAR(ink.height(), 2 * pixelLabel(15, {}).capHeight(), 1);
+TEST(VolumeBar, LightsCellsFromTheLeft) {
+    VolumeBar bar(Qt::white, 15, [](int) {});
+    bar.resize(164, 10);
+    for (const double ratio : {1.0, 1.25, 2.0})
+        for (const int value : {0, 4, 15}) {
+            bar.setValue(value);
+            const QImage image = render(bar, ratio);
+            for (int cell = 0; cell < 15; ++cell)
+                EXPECT_EQ(colorAt(image, {cell * 11 + 5.0, 5}),
+                          cell < value ? QColor(Qt::white) : QColor(Palette::line));
+        }
 }
 
 } // namespace

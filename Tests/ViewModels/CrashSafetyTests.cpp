@@ -1,3 +1,4 @@
+#include "Tests/Support/FullSong.h"
 #include "Tests/Support/ViewModelHarness.h"
 
 #include <gtest/gtest.h>
@@ -20,23 +21,6 @@ struct Progress {
     std::atomic<std::int64_t> written{0};
 };
 
-class SharedProgress {
-public:
-    SharedProgress()
-        : m_memory(mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE,
-                        MAP_SHARED | MAP_ANONYMOUS, -1, 0)) {
-        new (m_memory) Progress;
-    }
-    ~SharedProgress() { munmap(m_memory, sizeof(Progress)); }
-    SharedProgress(const SharedProgress&) = delete;
-    SharedProgress& operator=(const SharedProgress&) = delete;
-
-    Progress* operator->() const { return static_cast<Progress*>(m_memory); }
-
-private:
-    void* m_memory;
-};
-
 /// Differs from one state to the next in every note, so that no mixture of two passes for one.
 Project state(const Project& base, std::int64_t number) {
     Project project = base;
@@ -49,10 +33,10 @@ Project state(const Project& base, std::int64_t number) {
 
 /// Edits and autosaves until it is killed. Runs in a process of its own.
 [[noreturn]] void editForEver(ViewModelHarness& harness, const Project& base,
-                              const std::filesystem::path& file, const SharedProgress& progress) {
+                              const std::filesystem::path& file, Progress& progress) {
     const auto model = harness.start(Project());
     model->open(file);
-    for (std::int64_t number = progress->begun + 1;; ++number) {
+    for (std::int64_t number = progress.begun + 1;; ++number) {
         const Project next = state(base, number);
         model->setTempo(next.tempo);
         for (const ChannelKind kind : allChannelKinds) {
@@ -61,36 +45,35 @@ Project state(const Project& base, std::int64_t number) {
             for (const Note& note : next.channels[index].notes)
                 model->updateNote(note.id, {.start = note.start});
         }
-        progress->begun = number;
+        progress.begun = number;
         harness.pass(0.9);
-        progress->written = number;
+        progress.written = number;
     }
 }
 
 TEST(CrashSafety, AKilledProgramLeavesOneOfTheLastTwoStates) {
     constexpr int kills = 220;
     ViewModelHarness harness;
-    SongBuilder builder = song({.bars = 16});
-    for (const ChannelKind kind : allChannelKinds)
-        for (int count = 0; count < 64; ++count)
-            builder.on(kind).note(kind == ChannelKind::noise ? 1 : 60, 0, 1);
-    const Project base = builder;
+    Project base = fullSong();
+    for (Channel& channel : base.channels)
+        channel.notes.resize(64);
     const auto file = harness.store("song.mossbit", state(base, 0));
     harness.store("Autosave.mossbit", state(base, 0));
 
-    const SharedProgress progress;
+    void* const shared =
+        mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    Progress& progress = *new (shared) Progress;
     std::mt19937 random(7);
     int unfinished = 0;
-    std::map<std::filesystem::path, Project> last;
-    for (const auto& path : {harness.autosave, file})
-        last[path] = state(base, 0);
+    std::map<std::filesystem::path, Project> last = {{harness.autosave, state(base, 0)},
+                                                     {file, state(base, 0)}};
     for (int kill = 0; kill < kills; ++kill) {
-        const std::int64_t before = progress->begun;
+        const std::int64_t before = progress.begun;
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0)
             editForEver(harness, base, file, progress);
-        while (progress->begun <= before)
+        while (progress.begun <= before)
             usleep(100);
         usleep(std::uniform_int_distribution<useconds_t>(0, 12000)(random));
         ASSERT_EQ(::kill(child, SIGKILL), 0);
@@ -98,7 +81,7 @@ TEST(CrashSafety, AKilledProgramLeavesOneOfTheLastTwoStates) {
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself";
 
-        const std::int64_t written = progress->written, begun = progress->begun;
+        const std::int64_t written = progress.written, begun = progress.begun;
         unfinished += begun > written;
         for (auto& [path, project] : last) {
             if (written > before)

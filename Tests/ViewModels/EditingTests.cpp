@@ -8,7 +8,6 @@
 namespace mossbit {
 namespace {
 
-using Heard = std::map<std::string, int>;
 using Selection = ProjectViewModel::Selection;
 
 struct Editing : testing::Test {
@@ -16,16 +15,6 @@ struct Editing : testing::Test {
     std::unique_ptr<ProjectViewModel> model = harness.start(Project());
 
     const Note& lastNote() const { return model->selectedChannel().notes.back(); }
-
-    /// How many undo steps there are, found by undoing them all and redoing them.
-    int stepCount() {
-        int steps = 0;
-        for (; model->canUndo(); model->undo())
-            ++steps;
-        for (int step = 0; step < steps; ++step)
-            model->redo();
-        return steps;
-    }
 };
 
 TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
@@ -54,7 +43,6 @@ TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
         ASSERT_EQ(model->selectedChannel().notes.size(), 2U);
         EXPECT_EQ(lastNote(), expected);
         EXPECT_EQ(model->selection(), Selection{expected.id});
-        EXPECT_EQ(stepCount(), 1);
     }
 }
 
@@ -66,12 +54,9 @@ TEST_F(Editing, UpdatesOnlyTheFieldsGivenAndRecordsNoStep) {
         model->updateNote(note.id, change);
         return harness.heard["project"];
     };
-    note.length = 900;
     EXPECT_EQ(update({.length = 900}), 1);
-    EXPECT_EQ(model->note(note.id), note);
-    note.pitch = -3;
-    note.start = -7;
     EXPECT_EQ(update({.pitch = -3, .start = -7}), 1);
+    note = {.id = note.id, .pitch = -3, .start = -7, .length = 900};
     EXPECT_EQ(model->note(note.id), note);
     EXPECT_EQ(update({.pitch = -3}), 0);
     EXPECT_FALSE(model->canUndo());
@@ -90,15 +75,11 @@ TEST_F(Editing, UpdatesOnlyTheFieldsGivenAndRecordsNoStep) {
 TEST_F(Editing, DeletesNotesInOneStepEach) {
     model = harness.start(song({}).note(60, 0, 1).note(61, 1, 1).note(62, 2, 1).note(63, 3, 1));
     const auto notes = model->selectedChannel().notes;
-    model->deleteSelection();
-    EXPECT_FALSE(model->hasUnsavedChanges());
-
     model->setSelection({notes[1].id, notes[3].id});
     model->deleteNote(notes[1].id);
     EXPECT_EQ(model->selection(), Selection{notes[3].id});
     model->deleteNote(Uuid::random());
     EXPECT_EQ(harness.heard["project"], 1);
-    EXPECT_EQ(stepCount(), 2);
 
     model->setSelection({notes[0].id, notes[2].id});
     model->deleteSelection();
@@ -108,83 +89,38 @@ TEST_F(Editing, DeletesNotesInOneStepEach) {
     EXPECT_EQ(model->selectedChannel().notes, (std::vector{notes[0], notes[2], notes[3]}));
 }
 
-TEST_F(Editing, SelectionBelongsToTheSelectedChannel) {
-    model = harness.start(song({}).note(60, 0, 1).note(61, 1, 1));
-    model->selectAll();
-    model->selectAll();
-    model->setSelectedChannelIndex(0);
-    EXPECT_EQ(model->selection().size(), 2U);
-    EXPECT_EQ(harness.takeHeard(), (Heard{{"selection", 1}}));
-    model->setSelectedChannelIndex(1);
-    EXPECT_TRUE(model->selection().empty());
-    EXPECT_EQ(harness.takeHeard(), (Heard{{"selection", 1}, {"channel", 1}}));
-    EXPECT_FALSE(model->canUndo() || model->hasUnsavedChanges());
-}
-
 TEST_F(Editing, SettingsAreClampedAndRecordAStepOnlyIfTheyChange) {
-    using Model = ProjectViewModel;
-    struct Case {
-        const char* name;
-        std::function<void(Model&)> set;
-        std::function<std::int64_t(const Project&)> read;
-        std::int64_t expected;
+    const auto wave = [](const Project& p) { return p.channels[2]; };
+    const struct {
+        std::function<void(ProjectViewModel&)> set;
+        std::function<bool(const Project&)> holds;
         int steps;
+    } cases[] = {
+        {[](auto& m) { m.setTempo(301); }, [](auto& p) { return p.tempo == 300; }, 1},
+        {[](auto& m) { m.setTempo(39); }, [](auto& p) { return p.tempo == 40; }, 1},
+        {[](auto& m) { m.setTempo(120); }, [](auto& p) { return p.tempo == 120; }, 0},
+        {[](auto& m) { m.setBars(3); }, [](auto& p) { return p.bars == 4; }, 0},
+        {[](auto& m) { m.setBars(16); }, [](auto& p) { return p.bars == 16; }, 1},
+        {[](auto& m) { m.setVolume(20, 2); }, [=](auto& p) { return wave(p).volume == 15; }, 1},
+        {[](auto& m) { m.setVolume(-1, 2); }, [=](auto& p) { return wave(p).volume == 0; }, 1},
+        {[](auto& m) { m.setVolume(11, 2); }, [=](auto& p) { return wave(p).volume == 11; }, 0},
+        {[](auto& m) { m.setDuty(Duty::d75, 2); },
+         [=](auto& p) { return wave(p).duty == Duty::d75; }, 1},
+        {[](auto& m) { m.setWavePreset(WavePreset::hollow, 2); },
+         [=](auto& p) { return wave(p).wave == WavePreset::hollow; }, 1},
+        {[](auto& m) { m.setGrid(GridDivision::quarter); },
+         [](auto& p) { return p.gridStep() == 4; }, 1},
+        {[](auto& m) { m.toggleLoop(); }, [](auto& p) { return !p.loop; }, 1},
+        {[](auto& m) { m.toggleMute(2); }, [=](auto& p) { return wave(p).muted; }, 1},
     };
-    const auto tempo = [](const Project& p) { return p.tempo; };
-    const auto bars = [](const Project& p) { return p.bars; };
-    const auto volume = [](const Project& p) { return p.channels[2].volume; };
-    const auto duty = [](const Project& p) { return std::int64_t(p.channels[1].duty); };
-    const auto wave = [](const Project& p) { return std::int64_t(p.channels[0].wave); };
-    const auto muted = [](const Project& p) { return std::int64_t(p.channels[3].muted); };
-    for (const Case& c : {
-             Case{"tempo 301", [](Model& m) { m.setTempo(301); }, tempo, 300, 1},
-             Case{"tempo 39", [](Model& m) { m.setTempo(39); }, tempo, 40, 1},
-             Case{"tempo 120", [](Model& m) { m.setTempo(120); }, tempo, 120, 0},
-             Case{"bars 3", [](Model& m) { m.setBars(3); }, bars, 4, 0},
-             Case{"bars 4", [](Model& m) { m.setBars(4); }, bars, 4, 0},
-             Case{"bars 16", [](Model& m) { m.setBars(16); }, bars, 16, 1},
-             Case{"volume 20", [](Model& m) { m.setVolume(20, 2); }, volume, 15, 1},
-             Case{"volume -1", [](Model& m) { m.setVolume(-1, 2); }, volume, 0, 1},
-             Case{"volume 11", [](Model& m) { m.setVolume(11, 2); }, volume, 11, 0},
-             Case{"duty 75", [](Model& m) { m.setDuty(Duty::d75, 1); }, duty, 3, 1},
-             Case{"duty 25", [](Model& m) { m.setDuty(Duty::d25, 1); }, duty, 1, 0},
-             Case{"hollow", [](Model& m) { m.setWavePreset(WavePreset::hollow, 0); }, wave, 2, 1},
-             Case{"triangle", [](Model& m) { m.setWavePreset(WavePreset::triangle, 0); }, wave, 0,
-                  0},
-             Case{"grid", [](Model& m) { m.setGrid(GridDivision::quarter); },
-                  [](const Project& p) { return p.gridStep(); }, 4, 1},
-             Case{"same grid", [](Model& m) { m.setGrid(GridDivision::sixteenth); },
-                  [](const Project& p) { return p.gridStep(); }, 1, 0},
-             Case{"loop", [](Model& m) { m.toggleLoop(); },
-                  [](const Project& p) { return std::int64_t(p.loop); }, 0, 1},
-             Case{"mute", [](Model& m) { m.toggleMute(3); }, muted, 1, 1},
-             Case{"mute twice", [](Model& m) { m.toggleMute(3), m.toggleMute(3); }, muted, 0, 2},
-         }) {
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
         model = harness.start(Project());
         harness.heard.clear();
-        c.set(*model);
-        EXPECT_EQ(c.read(model->project()), c.expected) << c.name;
-        EXPECT_EQ(model->hasUnsavedChanges(), c.steps > 0) << c.name;
-        EXPECT_EQ(harness.heard["project"], c.steps) << c.name;
-        EXPECT_EQ(stepCount(), c.steps) << c.name;
+        cases[i].set(*model);
+        EXPECT_TRUE(cases[i].holds(model->project())) << i;
+        EXPECT_EQ(model->hasUnsavedChanges(), cases[i].steps > 0) << i;
+        EXPECT_EQ(harness.heard["project"], cases[i].steps) << i;
     }
-}
-
-TEST_F(Editing, FewerBarsCutNotesAndUndoBringsThemBack) {
-    model = harness.start(song({.bars = 4, .grid = GridDivision::eighth})
-                              .note(60, 3, 1)
-                              .note(60, 30, 8)
-                              .note(60, 40, 1));
-    model->setGrid(GridDivision::quarter);
-    const Project before = model->project();
-    model->selectAll();
-    model->setBars(2);
-    EXPECT_EQ(model->selectedChannel().notes.size(), 2U);
-    EXPECT_EQ(lastNote().length, 2);
-    EXPECT_EQ(model->selection().size(), 2U);
-    model->undo();
-    EXPECT_EQ(model->project(), before);
-    EXPECT_EQ(model->selection().size(), 2U);
 }
 
 } // namespace

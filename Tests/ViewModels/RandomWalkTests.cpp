@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <deque>
+#include <functional>
 #include <random>
 
 namespace mossbit {
@@ -13,27 +16,22 @@ public:
     explicit Walk(unsigned seed) : m_random(seed), m_model(m_harness.start(Project())) {}
 
     void step() {
-        const Project before = project();
         switch (roll(0, 19)) {
         case 0:
-            m_model->undo();
-            return shift(m_undo, m_redo, before);
+            return move(-1);
         case 1:
-            m_model->redo();
-            return shift(m_redo, m_undo, before);
+            return move(1);
         case 2:
-            m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3)));
-            return;
+            return m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3)));
         case 3:
-            m_model->selectAll();
-            return;
+            return m_model->selectAll();
         case 4:
             return select();
         case 5:
             return saveOrReopen();
         default:
             if (edit())
-                record(before);
+                record();
         }
     }
 
@@ -44,31 +42,18 @@ public:
                             note.start + note.length <= project().totalTicks());
         for (const Uuid& id : m_model->selection())
             ASSERT_TRUE(m_model->note(id));
-        ASSERT_EQ(m_model->canUndo(), !m_undo.empty());
-        ASSERT_EQ(m_model->canRedo(), !m_redo.empty());
+        ASSERT_EQ(project(), m_history[m_place]);
+        ASSERT_EQ(m_model->canUndo(), m_place > 0);
+        ASSERT_EQ(m_model->canRedo(), m_place + 1 < m_history.size());
     }
 
     /// All the way back and forth again, comparing every state.
     void checkHistory() {
-        const auto all = [this](std::vector<Project>& from, std::vector<Project>& to, auto move) {
-            while (!from.empty()) {
-                const Project before = project();
-                const Project expected = from.back();
-                (m_model.get()->*move)();
-                ASSERT_EQ(project(), expected);
-                shift(from, to, before);
+        for (const int direction : {-1, 1})
+            for (std::size_t steps = m_history.size(); steps > 0; --steps) {
+                move(direction);
+                check();
             }
-        };
-        const Project end = project();
-        const std::size_t undone = m_redo.size();
-        all(m_undo, m_redo, &ProjectViewModel::undo);
-        while (m_redo.size() > undone) {
-            const Project before = project();
-            m_model->redo();
-            shift(m_redo, m_undo, before);
-        }
-        ASSERT_EQ(project(), end);
-        all(m_redo, m_undo, &ProjectViewModel::redo);
     }
 
 private:
@@ -93,28 +78,19 @@ private:
     bool edit() {
         const Project before = project();
         const int channel = static_cast<int>(roll(0, 3));
-        switch (roll(0, 12)) {
-        case 0:
-            m_model->setTempo(roll(0, 400));
-            break;
-        case 1:
-            m_model->setBars(roll(0, 17));
-            break;
-        case 2:
-            m_model->setGrid(allGridDivisions[static_cast<std::size_t>(roll(0, 2))]);
-            break;
-        case 3:
-            m_model->setVolume(roll(-3, 20), channel);
-            break;
-        case 4:
-            m_model->setDuty(allDuties[static_cast<std::size_t>(roll(0, 3))], channel);
-            break;
-        case 5:
-            m_model->setWavePreset(allWavePresets[static_cast<std::size_t>(roll(0, 2))], channel);
-            break;
-        case 6:
-            roll(0, 1) == 0 ? m_model->toggleLoop() : m_model->toggleMute(channel);
-            break;
+        const auto change = roll(0, 12);
+        const std::array<std::function<void()>, 7> settings = {
+            [&] { m_model->setTempo(roll(0, 400)); },
+            [&] { m_model->setBars(roll(0, 17)); },
+            [&] { m_model->setGrid(allGridDivisions[static_cast<std::size_t>(roll(0, 2))]); },
+            [&] { m_model->setVolume(roll(-3, 20), channel); },
+            [&] { m_model->setDuty(allDuties[static_cast<std::size_t>(roll(0, 3))], channel); },
+            [&] {
+                m_model->setWavePreset(allWavePresets[static_cast<std::size_t>(roll(0, 2))],
+                                       channel);
+            },
+            [&] { roll(0, 1) == 0 ? m_model->toggleLoop() : m_model->toggleMute(channel); }};
+        switch (change) {
         case 7:
             m_model->deleteNote(someNote());
             return true;
@@ -129,7 +105,8 @@ private:
             drag();
             return true;
         default:
-            m_model->addNote(somePitch(), roll(-5, 300));
+            change < 7 ? settings[static_cast<std::size_t>(change)]()
+                       : m_model->addNote(somePitch(), roll(-5, 300));
         }
         return project() != before;
     }
@@ -164,31 +141,31 @@ private:
             const Project saved = project();
             m_model->open(file);
             ASSERT_EQ(project(), saved);
-            m_undo.clear();
-            m_redo.clear();
+            m_history = {saved};
+            m_place = 0;
         }
     }
 
-    void record(const Project& before) {
-        m_undo.push_back(before);
-        if (m_undo.size() > 200)
-            m_undo.erase(m_undo.begin());
-        m_redo.clear();
+    void move(int direction) {
+        direction < 0 ? m_model->undo() : m_model->redo();
+        if (direction < 0 ? m_place > 0 : m_place + 1 < m_history.size())
+            m_place = m_place + static_cast<std::size_t>(direction);
     }
 
-    void shift(std::vector<Project>& from, std::vector<Project>& to, const Project& before) {
-        if (from.empty())
-            return;
-        ASSERT_EQ(project(), from.back());
-        from.pop_back();
-        to.push_back(before);
+    void record() {
+        m_history.resize(m_place + 1);
+        m_history.push_back(project());
+        if (m_history.size() > 201)
+            m_history.pop_front();
+        m_place = m_history.size() - 1;
     }
 
     std::mt19937 m_random;
     ViewModelHarness m_harness;
     std::unique_ptr<ProjectViewModel> m_model;
-    std::vector<Project> m_undo;
-    std::vector<Project> m_redo;
+    /// Every state that can be reached, and which of them is shown.
+    std::deque<Project> m_history = {project()};
+    std::size_t m_place = 0;
 };
 
 TEST(RandomWalk, KeepsItsPromises) {

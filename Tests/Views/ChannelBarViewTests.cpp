@@ -35,11 +35,9 @@ TEST(ChannelBarView, MutesWithoutSelecting) {
     WindowHarness window;
     ChannelCard& card = window.view.channelBar().card(1);
     FlatButton& mute = card.muteButton();
-    EXPECT_EQ(mute.toolTip(), QStringLiteral("Mute"));
     click(mute, {5, 5});
     EXPECT_TRUE(window.vm->project().channels[1].muted);
     EXPECT_EQ(window.vm->selectedChannelIndex(), 0);
-    EXPECT_EQ(mute.toolTip(), QStringLiteral("Unmute"));
     const QImage image = render(card, 1);
     EXPECT_EQ(colorAt(image, mute.pos()), QColor(242, 112, 122));
     const QPointF swatch(14, mute.geometry().center().y());
@@ -72,7 +70,6 @@ TEST(ChannelInspector, OffersWhatTheSelectedChannelHas) {
         EXPECT_EQ(isOffered("Preset"), channel == 2) << channel;
     }
     window.vm->setSelectedChannelIndex(1);
-    EXPECT_TRUE(window.control(QStringLiteral("Duty 25%")).isChecked());
     window.control(QStringLiteral("Duty 75%")).click();
     EXPECT_EQ(window.vm->project().channels[1].duty, Duty::d75);
     EXPECT_EQ(colorAt(render(window.control(QStringLiteral("Duty 75%")), 1), {2, 2}),

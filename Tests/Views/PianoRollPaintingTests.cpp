@@ -34,9 +34,7 @@ protected:
         for (const Probe& probe : probes) {
             const QPointF point =
                 window.at(probe.pitch, probe.tick) + probe.shift + window.canvas().pos();
-            EXPECT_TRUE(isNear(colorAt(image, point), probe.color))
-                << probe.name << ": " << colorAt(image, point).name().toStdString()
-                << " instead of " << probe.color.name().toStdString();
+            EXPECT_TRUE(isNear(colorAt(image, point), probe.color)) << probe.name;
         }
     }
 };
@@ -86,11 +84,6 @@ TEST_P(PianoRollProbes, ShowNotesGhostsAndPlayhead) {
         {{"note", 72, 2.5, {}, accent},
          {"handle", 72, 4, {-1.25, 0}, over(accent, withOpacity(Palette::background, 0.45))},
          {"before the handle", 72, 4, {-2.75, 0}, accent},
-         {"above the note",
-          72,
-          2.5,
-          {0, -7.25},
-          over(Palette::well, withOpacity(Palette::line, 0.4))},
          {"outline", 72, 7.5, {0, -6.9}, Palette::text},
          {"outline's end", 72, 9, {0, 0}, Palette::text},
          {"ghost of a muted channel", 71, 2.5, {}, over(Palette::well, ghost)},
@@ -188,8 +181,6 @@ TEST(KeyColumn, NamesTheRowsAndStaysWhileTheGridScrollsSideways) {
     window.roll().horizontalScrollBar()->setValue(300);
     const QRect keys(0, 0, 66, window.canvas().height());
     EXPECT_EQ(render(window.roll(), 1).copy(keys), before.copy(keys));
-    window.roll().verticalScrollBar()->setValue(window.roll().verticalScrollBar()->value() + 15);
-    EXPECT_EQ(render(window.roll(), 1).copy(0, 0, 66, 300), before.copy(0, 15, 66, 300));
 }
 
 TEST(PianoRollPainter, KeepsThePlayheadWithinTheGrid) {

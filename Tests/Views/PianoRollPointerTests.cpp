@@ -22,9 +22,7 @@ TEST(PianoRollPointer, DrawsANoteOutOfAnEmptyCell) {
     window.release(window.at(72, 7.9));
     window.drag(window.at(72, 12));
     const Note& note = window.notes()[0];
-    EXPECT_EQ(note.pitch, 72);
-    EXPECT_EQ(note.start, 4);
-    EXPECT_EQ(note.length, 4);
+    EXPECT_EQ(note, (Note{.id = note.id, .pitch = 72, .start = 4, .length = 4}));
     EXPECT_EQ(window.vm->selection(), ProjectViewModel::Selection{note.id});
     EXPECT_TRUE(wasOneStep(*window.vm, before));
 }
@@ -34,13 +32,9 @@ TEST(PianoRollPointer, MovesANoteAndBack) {
     WindowHarness window(before);
     const Uuid id = before.channels[0].notes[0].id;
     window.press(window.at(72, 5));
-    EXPECT_EQ(window.vm->selection(), ProjectViewModel::Selection{id});
     window.drag(window.at(74, 8.2));
     EXPECT_EQ(window.vm->note(id)->start, 7);
     EXPECT_EQ(window.vm->note(id)->pitch, 74);
-    window.drag(window.at(99, 500));
-    EXPECT_EQ(window.vm->note(id)->start, 60);
-    EXPECT_EQ(window.vm->note(id)->pitch, 96);
     window.drag(window.at(72, 5));
     EXPECT_EQ(window.vm->project(), before);
     window.drag(window.at(70, 5));
@@ -63,31 +57,20 @@ TEST(PianoRollPointer, ResizesAtTheRightEndOnTheGrid) {
 
 TEST(PianoRollPointer, EditsTheNoteOnTop) {
     const Project before = song().note(72, 0, 8).note(72, 4, 8);
-    WindowHarness window(before);
-    window.press(window.at(72, 6));
-    window.drag(window.at(71, 6));
-    EXPECT_EQ(window.notes()[0].pitch, 72);
-    EXPECT_EQ(window.notes()[1].pitch, 71);
-    window.release(window.at(71, 6));
-    click(window.canvas(), window.at(72, 6), Qt::RightButton);
-    ASSERT_EQ(window.notes().size(), 1U);
-    EXPECT_EQ(window.notes()[0].id, before.channels[0].notes[1].id);
-}
-
-TEST(PianoRollPointer, DeletesWithASecondaryClick) {
-    for (const bool byControl : {false, true}) {
-        const Project before = song().note(72, 0, 4);
+    for (const auto& [button, modifiers] :
+         {std::pair(Qt::RightButton, Qt::NoModifier), {Qt::LeftButton, Qt::ControlModifier}}) {
         WindowHarness window(before);
-        const auto secondaryClick = [&](const QPointF& point) {
-            click(window.canvas(), point, byControl ? Qt::LeftButton : Qt::RightButton,
-                  byControl ? Qt::ControlModifier : Qt::NoModifier);
-        };
-        secondaryClick(window.at(71, 1));
-        EXPECT_EQ(window.vm->project(), before) << "an empty cell";
-        EXPECT_FALSE(window.vm->canUndo());
-        secondaryClick(window.at(72, 1));
-        EXPECT_TRUE(window.notes().empty());
-        window.drag(window.at(72, 9));
+        window.press(window.at(72, 6));
+        window.drag(window.at(71, 6));
+        EXPECT_EQ(window.notes()[0].pitch, 72);
+        EXPECT_EQ(window.notes()[1].pitch, 71);
+        window.drag(window.at(72, 6));
+        window.release(window.at(72, 6));
+        EXPECT_TRUE(wasOneStep(*window.vm, before));
+        click(window.canvas(), window.at(71, 1), button, modifiers);
+        EXPECT_FALSE(window.vm->canUndo()) << "an empty cell";
+        click(window.canvas(), window.at(72, 6), button, modifiers);
+        EXPECT_EQ(window.notes(), std::vector{before.channels[0].notes[0]});
         EXPECT_TRUE(wasOneStep(*window.vm, before));
     }
 }
@@ -149,18 +132,6 @@ TEST(PianoRollPointer, IgnoresPressesBesideTheGrid) {
     EXPECT_FALSE(window.vm->canUndo());
     click(window.canvas(), window.at(72, 63.5));
     EXPECT_EQ(window.notes()[0].start, 63);
-}
-
-TEST(PianoRollPointer, DrawsDrumsInTheirRows) {
-    WindowHarness window;
-    window.vm->setSelectedChannelIndex(3);
-    for (std::int64_t row = 0; row < 4; ++row)
-        click(window.canvas(), window.at(row, 2 * static_cast<double>(row) + 0.5));
-    ASSERT_EQ(window.notes().size(), 4U);
-    for (std::int64_t row = 0; row < 4; ++row)
-        EXPECT_EQ(window.notes()[static_cast<std::size_t>(row)].pitch, row);
-    EXPECT_LE(window.at(3, 0).y() + window.roll().grid().rowHeight / 2, window.canvas().height())
-        << "the last drum is not hidden";
 }
 
 TEST(PianoRollPointer, TellsWithTheCursorWhatAPressWillDo) {
