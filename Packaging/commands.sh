@@ -5,7 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Debian's names.
 # shellcheck disable=SC2034
-buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsdl2-dev
+buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsdl2-dev libpulse-dev
     nlohmann-json3-dev uuid-dev fonts-dejavu-core)
 # shellcheck disable=SC2034
 testPackages=(libgtest-dev libbenchmark-dev clang libclang-rt-dev pulseaudio pulseaudio-utils

@@ -1,5 +1,7 @@
 #include "Platform/SdlLine.h"
 
+#include "Platform/PulseServer.h"
+
 #define SDL_MAIN_HANDLED
 #include <SDL.h>
 
@@ -16,6 +18,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -40,12 +43,22 @@ constexpr auto sameSystemLimit = 3s;
 /// How long a paused device is kept, so that stopping and playing in turn costs nothing.
 constexpr auto idleLimit = 3s;
 
+/// Whether SDL would try PulseAudio, which it does first unless it is told otherwise.
+bool mayUsePulse() {
+    const char* const driver = SDL_GetHint(SDL_HINT_AUDIODRIVER);
+    return driver == nullptr || std::string_view(driver) == "pulseaudio";
+}
+
 void initAudio() {
     SDL_SetMainReady();
     // SIGINT and SIGTERM belong to the application.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_APP_NAME, "Mossbit");
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Mossbit");
+#ifdef MOSSBIT_HAS_PULSE
+    if (mayUsePulse() && pulseServerLacksDevice())
+        throw std::runtime_error("The sound server has no device to play on");
+#endif
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
         throw std::runtime_error(SDL_GetError());
 }
