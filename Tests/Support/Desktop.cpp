@@ -167,6 +167,10 @@ void Desktop::resize(int width, int height) {
     xdotool({"windowsize", activeId(), std::to_string(width), std::to_string(height)});
 }
 
+void Desktop::minimize() {
+    xdotool({"windowminimize", activeId()});
+}
+
 std::optional<std::uint32_t> Desktop::pixel(Point point) const {
     const auto window = activeWindow();
     if (!window)

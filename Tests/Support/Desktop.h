@@ -64,8 +64,11 @@ public:
     void closeWindow();
     /// Asks the window manager to give the window that has the keyboard another size.
     void resize(int width, int height);
+    /// Puts the window that has the keyboard away.
+    void minimize();
 
-    /// What the screen shows there in the window that has the keyboard, as 0xRRGGBB.
+    /// What the screen shows there in the window that has the keyboard, as 0xRRGGBB. The pointer
+    /// is in the picture.
     std::optional<std::uint32_t> pixel(Point point) const;
     bool waitForPixel(Point point, std::uint32_t color) const;
     /// Stores what the screen shows as a PNG file.
