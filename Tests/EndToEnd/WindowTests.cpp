@@ -1,10 +1,27 @@
 #include "Tests/EndToEnd/WindowTest.h"
 #include "Tests/Support/SongBuilder.h"
+#include "Tests/Support/SoundServer.h"
+
+#include <algorithm>
 
 namespace mossbit {
 namespace {
 
 using Window = WindowTest;
+
+/// Waits until a label of the program holds that text, as assistive tools read it.
+bool waitForText(const Desktop& desktop, const std::string& text) {
+    const char* const reader = "import pyatspi\n"
+                               "def show(node):\n"
+                               "    for child in node or []:\n"
+                               "        if child and child.getRoleName() == 'label':\n"
+                               "            print(child.name)\n"
+                               "        show(child)\n"
+                               "show(pyatspi.Registry.getDesktop(0))\n";
+    return waitUntil([&] {
+        return desktop.outputOf({"/usr/bin/python3", "-c", reader}).find(text) != std::string::npos;
+    });
+}
 
 TEST_F(Window, FirstStart) {
     ASSERT_TRUE(open());
@@ -137,14 +154,95 @@ TEST_F(Window, AsksBeforeANewSong) {
 
 TEST_F(Window, SaysWhyAFileDoesNotOpen) {
     putBytes(desktop.home() / "broken.mossbit", "{");
+    setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
     store("whole <b>.mossbit", song({.tempo = 99}).note(72, 4, 1));
     ASSERT_TRUE(open({"whole <b>.mossbit"}, "whole <b>"));
     desktop.key("ctrl+o");
     chooseFile("Open", "broken.mossbit");
     ASSERT_TRUE(desktop.waitForTitle("Mossbit"));
+    EXPECT_TRUE(waitForText(desktop, "Could not open that project: "));
     desktop.key("Return");
     ASSERT_TRUE(desktop.waitForTitle("whole <b>"));
     EXPECT_TRUE(desktop.waitForPixel(cell(72, 4), playColor));
+}
+
+TEST_F(Window, TakesTheFileOfASecondStart) {
+    store("one.mossbit", song().note(72, 4, 1));
+    store("two.mossbit", song().note(60, 8, 1));
+    ASSERT_TRUE(open({"one.mossbit"}, "one"));
+    EXPECT_EQ(desktop.start({"two.mossbit"})->wait(), 0);
+    ASSERT_TRUE(desktop.waitForTitle("two"));
+    desktop.key("ctrl+n");
+    ASSERT_TRUE(desktop.waitForTitle("Untitled"));
+    desktop.click(cell(72, 20));
+    ASSERT_TRUE(desktop.waitForTitle("Untitled •"));
+
+    EXPECT_EQ(desktop.start({"one.mossbit"})->wait(), 0);
+    ASSERT_TRUE(desktop.waitForTitle("Mossbit"));
+    desktop.key("Escape");
+    ASSERT_TRUE(desktop.waitForTitle("Untitled •"));
+    EXPECT_EQ(desktop.start({"one.mossbit"})->wait(), 0);
+    ASSERT_TRUE(desktop.waitForTitle("Mossbit"));
+    desktop.key("Tab");
+    desktop.key("Return");
+    ASSERT_TRUE(desktop.waitForTitle("one"));
+    EXPECT_TRUE(desktop.waitForPixel(cell(72, 4), playColor));
+
+    desktop.minimize();
+    ASSERT_TRUE(desktop.waitForTitle(""));
+    EXPECT_EQ(desktop.start()->wait(), 0);
+    EXPECT_TRUE(desktop.waitForTitle("one"));
+}
+
+TEST_F(Window, SaysThatThereIsNoDevice) {
+    setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
+    setenv("SDL_AUDIODRIVER", "bogus", 1);
+    ASSERT_TRUE(open());
+    desktop.key("space");
+    ASSERT_TRUE(desktop.waitForTitle("Mossbit"));
+    EXPECT_TRUE(waitForText(desktop, "Could not start the audio engine."));
+    desktop.key("Return");
+    ASSERT_TRUE(desktop.waitForTitle("Untitled"));
+    EXPECT_EQ(desktop.pixel(playFace), idleColor);
+    desktop.click(cell(72, 4));
+    EXPECT_EQ(notes(ChannelKind::pulse1, "72:4+1"), "72:4+1");
+    EXPECT_TRUE(close());
+}
+
+struct SoundServerFirst {
+    SoundServer server;
+};
+
+/// The server's environment first: the desktop's home and bus replace those.
+class WindowWithSound : public SoundServerFirst, public WindowTest {
+protected:
+    WindowWithSound() { setenv("SDL_AUDIODRIVER", "pulseaudio", 1); }
+
+    bool waitForSound() const {
+        return waitUntil([&] {
+            const std::vector<float> recorded = server.recording();
+            return std::any_of(recorded.begin(), recorded.end(), [](float s) { return s != 0; });
+        });
+    }
+};
+
+TEST_F(WindowWithSound, PlaysOnWithANewServer) {
+    ASSERT_TRUE(server.start());
+    store("song.mossbit", song({.bars = 4}).note(48, 0, 64));
+    ASSERT_TRUE(open({"song.mossbit"}, "song"));
+    desktop.key("space");
+    EXPECT_TRUE(waitForSound());
+    for (const int tick : {8, 16, 24}) {
+        server.kill();
+        desktop.drag(cell(60, tick), cell(60, tick + 4));
+        EXPECT_TRUE(desktop.waitForPixel(cell(60, tick + 1), playColor));
+        ASSERT_TRUE(server.start());
+        EXPECT_TRUE(waitForSound());
+        EXPECT_EQ(desktop.pixel(playFace), playColor);
+    }
+    desktop.key("space");
+    EXPECT_TRUE(desktop.waitForPixel(playFace, idleColor));
+    EXPECT_TRUE(close());
 }
 
 } // namespace
