@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace mossbit {
 namespace {
@@ -54,6 +56,10 @@ TEST(PulseAudio, PlaybackGoesOnWhenTheDeviceComesBack) {
         ASSERT_TRUE(output.waitFor(24'000));
         serverDies ? server.kill() : server.removeDevice();
         EXPECT_TRUE(output.isRunning());
+        // Long enough to look for a device on a server that has none, which SDL alone would not
+        // survive.
+        if (!serverDies)
+            std::this_thread::sleep_for(std::chrono::milliseconds(700));
         ASSERT_TRUE(serverDies ? server.start() : server.addDevice());
         std::ptrdiff_t place = -1;
         EXPECT_TRUE(waitUntil([&] {
