@@ -71,10 +71,10 @@ void quitAudio() {
 /// The default device's rate in Hz; 0 if it cannot be told.
 double defaultDeviceRate() {
     char* name = nullptr;
-    SDL_AudioSpec spec{};
-    const bool known = SDL_GetDefaultAudioInfo(&name, &spec, 0) == 0;
+    SDL_AudioSpec device{};
+    const bool known = SDL_GetDefaultAudioInfo(&name, &device, 0) == 0;
     SDL_free(name);
-    return known ? spec.freq : 0;
+    return known ? device.freq : 0;
 }
 
 } // namespace
