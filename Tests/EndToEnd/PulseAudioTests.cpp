@@ -12,11 +12,17 @@
 namespace mossbit {
 namespace {
 
-TEST(PulseAudio, PlaysWhatTheCoreRenders) {
+struct PulseAudio : testing::Test {
+    void SetUp() override { ASSERT_TRUE(server.start()); }
+
     SoundServer server;
-    ASSERT_TRUE(server.start());
     SdlAudioOutput sdl;
-    WatchedOutput output(sdl);
+    WatchedOutput output{sdl};
+    FakeSystemLog log;
+    AudioEngine engine{output, log};
+};
+
+TEST_F(PulseAudio, PlaysWhatTheCoreRenders) {
     EXPECT_EQ(output.outputSampleRate(), 48000);
     playSession(output, 60'000);
     // What the device still holds is played on while it is paused.
@@ -42,13 +48,7 @@ std::ptrdiff_t placeOf(std::span<const float> recorded, std::span<const float> s
     return -1;
 }
 
-TEST(PulseAudio, PlaybackGoesOnWhenTheDeviceComesBack) {
-    SoundServer server;
-    ASSERT_TRUE(server.start());
-    SdlAudioOutput sdl;
-    WatchedOutput output(sdl);
-    FakeSystemLog log;
-    AudioEngine engine(output, log);
+TEST_F(PulseAudio, PlaybackGoesOnWhenTheDeviceComesBack) {
     engine.play(unmistakableSong());
     ASSERT_TRUE(engine.isPlaying());
     std::ptrdiff_t lastPlace = -1;
@@ -75,12 +75,7 @@ TEST(PulseAudio, PlaybackGoesOnWhenTheDeviceComesBack) {
     EXPECT_TRUE(log.lines.empty());
 }
 
-TEST(PulseAudio, PlaybackEndsWhenTheServerStaysAway) {
-    SoundServer server;
-    ASSERT_TRUE(server.start());
-    SdlAudioOutput output;
-    FakeSystemLog log;
-    AudioEngine engine(output, log);
+TEST_F(PulseAudio, PlaybackEndsWhenTheServerStaysAway) {
     engine.play(unmistakableSong());
     ASSERT_TRUE(engine.isPlaying());
     server.kill();
@@ -94,12 +89,7 @@ TEST(PulseAudio, PlaybackEndsWhenTheServerStaysAway) {
     EXPECT_TRUE(engine.isPlaying());
 }
 
-TEST(PulseAudio, DoesNotHangWithTheServer) {
-    SoundServer server;
-    ASSERT_TRUE(server.start());
-    SdlAudioOutput output;
-    FakeSystemLog log;
-    AudioEngine engine(output, log);
+TEST_F(PulseAudio, DoesNotHangWithTheServer) {
     engine.prepare(unmistakableSong());
     server.hang();
     engine.play(unmistakableSong());
@@ -113,13 +103,7 @@ TEST(PulseAudio, DoesNotHangWithTheServer) {
 }
 
 /// The server dies while nothing plays, in the seconds in which the device is still open.
-TEST(PulseAudio, PlaysAgainAfterTheServerWasReplaced) {
-    SoundServer server;
-    ASSERT_TRUE(server.start());
-    SdlAudioOutput sdl;
-    WatchedOutput output(sdl);
-    FakeSystemLog log;
-    AudioEngine engine(output, log);
+TEST_F(PulseAudio, PlaysAgainAfterTheServerWasReplaced) {
     engine.play(unmistakableSong());
     ASSERT_TRUE(output.waitFor(1));
     engine.stop();
