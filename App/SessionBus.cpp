@@ -52,6 +52,7 @@ public:
     explicit Adaptor(SessionBus& bus) : QDBusAbstractAdaptor(&bus), m_bus(bus) {}
 
 public Q_SLOTS:
+    // NOLINTBEGIN(readability-identifier-naming): the interface's names.
     void Activate(const QVariantMap& platformData) {
         acceptTokens(platformData);
         QMetaObject::invokeMethod(&m_bus, &SessionBus::activated, Qt::QueuedConnection);
@@ -69,6 +70,7 @@ public Q_SLOTS:
     void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) {
         Activate(platformData);
     }
+    // NOLINTEND(readability-identifier-naming)
 
 private:
     SessionBus& m_bus;

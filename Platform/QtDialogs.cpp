@@ -17,7 +17,7 @@ namespace mossbit {
 namespace {
 
 QString folderToShow(const std::filesystem::path& lastFolder) {
-    const QString last = QFile::decodeName(lastFolder.c_str());
+    QString last = QFile::decodeName(lastFolder.c_str());
     if (!last.isEmpty() && QDir(last).exists())
         return last;
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
