@@ -1,0 +1,175 @@
+"""What a screen reader finds in the real program: Accessibility.py PROGRAM"""
+
+import contextlib
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import time
+
+SONG = {"bars": 4, "channels": [
+    {"kind": "pulse1", "notes": [{"pitch": 60, "start": 16, "length": 4},
+                                 {"pitch": 73, "start": 5, "length": 1}]},
+    {"kind": "noise", "notes": [{"pitch": 1, "start": 63, "length": 1}]}]}
+
+CHANNELS = ["PULSE 1", "PULSE 2", "WAVE", "NOISE"]
+CONTROLS = {
+    "push button": ["Play", "Stop", "Decrease tempo", "Tempo 120", "Increase tempo", "Zoom out",
+                    "Zoom in"],
+    "text": ["Tempo in beats per minute"],
+    "check box": ["Loop"] + [f"{channel} mute" for channel in CHANNELS],
+    "radio button": [f"Bars {count}" for count in (1, 2, 4, 8, 16)]
+                    + [f"Grid {grid}" for grid in ("1/4", "1/8", "1/16")] + CHANNELS
+                    + [f"Duty {duty}" for duty in ("12.5%", "25%", "50%", "75%")]
+                    + [f"Preset {wave}" for wave in ("TRIANGLE", "SOFT", "HOLLOW")],
+    "slider": [f"{channel} volume" for channel in CHANNELS],
+    "list": ["Piano roll"],
+    "scroll bar": ["Horizontal scroll bar", "Vertical scroll bar"],
+}
+
+
+def until(what, condition):
+    limit = time.monotonic() + 30
+    while not (result := condition()):
+        if time.monotonic() > limit:
+            sys.exit(f"FAILED, not within 30 s: {what}")
+        time.sleep(0.02)
+    return result
+
+
+def expect(what, found, expected):
+    if found != expected:
+        sys.exit(f"FAILED: {what}\n  found    {found}\n  expected {expected}")
+
+
+@contextlib.contextmanager
+def running(*command, **options):
+    process = subprocess.Popen(command, stderr=subprocess.DEVNULL, **options)
+    try:
+        yield process
+    finally:
+        process.terminate()
+        process.wait()
+
+
+@contextlib.contextmanager
+def desktop():
+    """A screen and a bus of our own; the accessibility bus comes up on that one by itself."""
+    with tempfile.TemporaryDirectory() as home, contextlib.ExitStack() as stack:
+        for name in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"):
+            os.environ[name] = home
+        os.environ.update(QT_QPA_PLATFORM="xcb", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+                          SDL_AUDIODRIVER="disk", SDL_DISKAUDIOFILE=f"{home}/sound.raw")
+        reader, writer = os.pipe()
+        # Not to start anew, deaf for a moment, when the bus leaves it as its last client.
+        stack.enter_context(running("Xvfb", "-displayfd", str(writer), "-noreset", "-screen", "0",
+                                    "1280x900x24", "-nolisten", "tcp", pass_fds=[writer]))
+        os.environ["DISPLAY"] = ":" + os.read(reader, 16).decode().strip()
+        bus = stack.enter_context(running("dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                          "--print-address", stdout=subprocess.PIPE, text=True))
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        yield home
+
+
+def descendants(node):
+    for child in node:
+        yield child
+        yield from descendants(child)
+
+
+def shown_window(pyatspi):
+    # What has been read once is kept otherwise.
+    screen = pyatspi.Registry.getDesktop(0)
+    screen.clear_cache()
+    for application in filter(None, screen):
+        application.clear_cache()
+        for node in filter(None, application):
+            node.clear_cache()
+            if node.name == "song":
+                return node
+    return None
+
+
+def main(program):
+    with desktop() as home:
+        # Only now, as it connects to the bus.
+        import pyatspi
+
+        song = f"{home}/song.mossbit"
+        with open(song, "w", encoding="utf-8") as file:
+            json.dump(SONG, file)
+        with running(program, song) as process:
+            window = until("the song's window is shown", lambda: shown_window(pyatspi))
+            check(window, home, pyatspi)
+            process.terminate()
+            expect("exit status", process.wait(), 0)
+    print("passed")
+
+
+def check(window, home, pyatspi):
+    named = {(node.getRoleName(), node.name): node for node in descendants(window)}
+    for role, names in CONTROLS.items():
+        expect(f"every {role}, in order", [name for kind, name in named if kind == role], names)
+
+    def states(node):
+        node.clear_cache()
+        return {state for state in pyatspi.STATE_VALUE_TO_NAME if node.getState().contains(state)}
+
+    def becomes(node, state, wanted=True):
+        until(f"{node.name} {'has' if wanted else 'loses'} {pyatspi.STATE_VALUE_TO_NAME[state]}",
+              lambda: (state in states(node)) == wanted)
+
+    def act(node):
+        node.queryAction().doAction(0)
+
+    for name in ("PULSE 1", "Bars 4", "Grid 1/16", "Duty 50%"):
+        becomes(named["radio button", name], pyatspi.STATE_CHECKED)
+    act(named["radio button", "Bars 8"])
+    becomes(named["radio button", "Bars 8"], pyatspi.STATE_CHECKED)
+    becomes(named["radio button", "Bars 4"], pyatspi.STATE_CHECKED, False)
+
+    volume = named["slider", "WAVE volume"].queryValue()
+    expect("range of a volume", (volume.minimumValue, volume.maximumValue), (0, 15))
+    volume.currentValue = 5
+    until("a volume is set", lambda: volume.currentValue == 5)
+
+    roll = named["list", "Piano roll"]
+
+    def notes():
+        roll.clear_cache()
+        return [node for node in roll if node.getRoleName() == "list item"]
+
+    c4, csharp5 = notes()
+    expect("names of the notes", [c4.name, csharp5.name],
+           ["C4, bar 2, beat 1, 4 ticks", "C#5, bar 1, beat 2, 1 tick"])
+    place, other, around = (node.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+                            for node in (c4, csharp5, roll))
+    tick, row = (place.x - other.x) / 11, (place.y - other.y) / 13
+    expect("notes lie at their ticks and pitches", (
+        round(place.width / tick), round(other.width / tick), round(place.height / row)), (4, 1, 1))
+    expect("notes lie inside the piano roll",
+           around.x < other.x and around.y < other.y
+           and place.x + place.width < around.x + around.width
+           and place.y + place.height < around.y + around.height, True)
+    act(csharp5)
+    becomes(csharp5, pyatspi.STATE_SELECTED)
+    subprocess.run(["xdotool", "mousemove", str(place.x + place.width // 2),
+                    str(place.y + place.height // 2), "click", "1"], check=True)
+    becomes(c4, pyatspi.STATE_SELECTED)
+    becomes(csharp5, pyatspi.STATE_SELECTED, False)
+
+    play = named["push button", "Play"]
+    act(play)
+    becomes(play, pyatspi.STATE_PRESSED)
+    with open(f"{home}/sound.raw", "rb") as sound:
+        until("there is sound", lambda: any(sound.read()))
+    act(named["push button", "Stop"])
+    becomes(play, pyatspi.STATE_PRESSED, False)
+
+    act(named["radio button", "NOISE"])
+    until("the drums are shown",
+          lambda: [node.name for node in notes()] == ["snare, bar 4, beat 4, 1 tick"])
+
+
+main(sys.argv[1])
