@@ -4,6 +4,7 @@
 #include "ViewModels/ProjectViewModel.h"
 #include "Views/MainView.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -52,8 +53,11 @@ void DocumentWindow::showTitle() {
 void DocumentWindow::bringToFront() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
-    raise();
-    activateWindow();
+    // While a dialog waits, the keyboard is of no use to anyone else.
+    QWidget* const dialog = QApplication::activeModalWidget();
+    QWidget* const front = dialog != nullptr ? dialog : this;
+    front->raise();
+    front->activateWindow();
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -37,6 +38,16 @@ TEST(DocumentWindow, IsTitledWithTheDocument) {
         shown.vm->addNote(61, 0);
         EXPECT_EQ(title(), std::string(name) + " •");
     }
+}
+
+TEST(DocumentWindow, LeavesTheKeyboardToAnOpenDialog) {
+    Window shown;
+    QDialog dialog(&shown.window);
+    dialog.open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    shown.window.bringToFront();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(dialog.isActiveWindow());
 }
 
 TEST(DocumentWindow, AsksBeforeClosingOnlyWhereNothingBringsTheWorkBack) {
