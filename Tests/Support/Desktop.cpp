@@ -123,6 +123,11 @@ void Desktop::xdotool(std::vector<std::string> arguments) const {
     Process(arguments).wait();
 }
 
+void Desktop::run(const std::string& script) {
+    putBytes(m_servers / "script", script);
+    xdotool({m_servers / "script"});
+}
+
 void Desktop::click(Point point, int button) {
     xdotool({"mousemove", "--window", activeId(), std::to_string(point.x), std::to_string(point.y),
              "click", std::to_string(button)});

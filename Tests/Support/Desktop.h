@@ -67,6 +67,9 @@ public:
     /// Puts the window that has the keyboard away.
     void minimize();
 
+    /// Plays xdotool's commands, one a line.
+    void run(const std::string& script);
+
     /// What the screen shows there in the window that has the keyboard, as 0xRRGGBB. The pointer
     /// is in the picture.
     std::optional<std::uint32_t> pixel(Point point) const;

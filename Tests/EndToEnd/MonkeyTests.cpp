@@ -1,0 +1,250 @@
+#include "Services/ProjectStore.h"
+#include "Tests/Support/Desktop.h"
+#include "Tests/Support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+
+// Someone who knows nothing presses whatever there is. Reports of the sanitizers, in a build that
+// has them, are written to files of their own.
+namespace mossbit {
+namespace {
+
+using Words = std::vector<std::string>;
+
+class Monkey : public testing::Test {
+protected:
+    static constexpr unsigned seed = 20261122;
+
+    void SetUp() override {
+        const std::string reports = "log_path=" + (reportFolder / "report").string();
+        setenv("ASAN_OPTIONS", reports.c_str(), 1);
+        setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
+        setenv("LSAN_OPTIONS", "suppressions=" MOSSBIT_LEAKS_OF_LIBRARIES ":print_suppressions=0",
+               1);
+        putBytes(desktop.home() / "broken.mossbit", "{");
+        std::cout << "Seed " << seed << '\n';
+    }
+
+    /// Plays at least so many events; a gesture such as a drag is one.
+    void play(int count) {
+        ASSERT_NO_FATAL_FAILURE(start());
+        for (events = 0; events < count;) {
+            SCOPED_TRACE("after event " + std::to_string(events));
+            std::optional<Desktop::Window> window;
+            ASSERT_TRUE(waitUntil([&] { return (window = desktop.activeWindow()).has_value(); }));
+            desktop.run(batch(*window));
+            ASSERT_NO_FATAL_FAILURE(hearFromIt());
+        }
+        program->kill(SIGTERM);
+        EXPECT_EQ(program->wait(), 0);
+        expectNoReports();
+        EXPECT_NO_THROW(ProjectStore::read(desktop.home() / "Mossbit/Autosave.mossbit"));
+        std::cout << events << " events, " << answers << " dialogs answered, " << restarts
+                  << " times started again\n";
+    }
+
+private:
+    std::size_t below(std::size_t bound) { return random() % bound; }
+    bool oneIn(std::size_t bound) { return below(bound) == 0; }
+    std::string oneOf(const Words& words) { return words[below(words.size())]; }
+
+    /// Anywhere inside the window but on the menu bar.
+    std::string somewhere(const Desktop::Window& window) {
+        constexpr int menuBar = 24;
+        const std::size_t x = below(static_cast<std::size_t>(window.width));
+        const std::size_t y = menuBar + below(static_cast<std::size_t>(window.height - menuBar));
+        return "mousemove --window " + window.id + ' ' + std::to_string(x) + ' ' +
+               std::to_string(y) + '\n';
+    }
+
+    std::string key() {
+        static const Words keys = {"space",
+                                   "Return",
+                                   "Escape",
+                                   "Tab",
+                                   "shift+Tab",
+                                   "BackSpace",
+                                   "Delete",
+                                   "Left",
+                                   "Right",
+                                   "Up",
+                                   "Down",
+                                   "Home",
+                                   "End",
+                                   "Prior",
+                                   "Next",
+                                   "ctrl+a",
+                                   "ctrl+z",
+                                   "ctrl+z",
+                                   "ctrl+shift+z",
+                                   "ctrl+l",
+                                   "ctrl+c",
+                                   "ctrl+v",
+                                   "ctrl+x",
+                                   "shift+End",
+                                   "ctrl+1",
+                                   "ctrl+2",
+                                   "ctrl+3",
+                                   "ctrl+4",
+                                   "0",
+                                   "1",
+                                   "9",
+                                   "minus",
+                                   "a"};
+        return "key --delay 0 " + oneOf(keys) + '\n';
+    }
+
+    std::string drag(const Desktop::Window& window) {
+        std::string script = somewhere(window) + "mousedown 1\n";
+        for (std::size_t moves = below(4); moves > 0; --moves)
+            script += somewhere(window) + (oneIn(8) ? key() : "");
+        // A release can get lost.
+        return script + (oneIn(20) ? "" : "mouseup 1\n");
+    }
+
+    std::string gesture(const Desktop::Window& window) {
+        const auto button = [&] { return std::to_string(1 + below(7)) + '\n'; };
+        const std::size_t choice = below(100);
+        if (choice < 25)
+            return somewhere(window) + "click --delay 0 1\n";
+        if (choice < 45)
+            return key();
+        if (choice < 65)
+            return drag(window);
+        if (choice < 75)
+            return somewhere(window) + "click --delay 0 3\n";
+        if (choice < 85)
+            return somewhere(window) + "click --delay 0 " + button();
+        if (choice < 92) {
+            const std::string modifier = oneIn(2) ? "ctrl\n" : "shift\n";
+            return somewhere(window) + "keydown --delay 0 " + modifier + "click --delay 0 " +
+                   button() + "keyup --delay 0 " + modifier;
+        }
+        return somewhere(window) + "click --repeat 2 --delay 1 1\n";
+    }
+
+    /// What may bring up a dialog, end the program or leave the pointer outside: a shortcut, a walk
+    /// through a menu, another size.
+    std::string command(const Desktop::Window& window) {
+        static const Words shortcuts = {"ctrl+n", "ctrl+o",       "ctrl+o", "ctrl+s",
+                                        "ctrl+s", "ctrl+shift+s", "ctrl+e", "ctrl+w"};
+        static const Words menus = {"alt+f", "alt+e", "alt+p", "alt+h"};
+        // Whatever menu, button or text is open or held must not take the keys instead.
+        const std::string script =
+            "mouseup 1\nkeyup ctrl\nkeyup shift\nkey --delay 0 Escape Escape\n";
+        if (oneIn(4))
+            return script + "windowsize " + window.id + ' ' + std::to_string(800 + below(700)) +
+                   ' ' + std::to_string(500 + below(600)) + '\n';
+        if (oneIn(3))
+            return script + "key --delay 0 " + oneOf(shortcuts) + '\n';
+        std::string walk = script + "key --delay 0 " + oneOf(menus);
+        for (std::size_t downs = below(9); downs > 0; --downs)
+            walk += " Down";
+        return walk + (oneIn(4) ? " Escape Escape\n" : " Return\n");
+    }
+
+    /// Only the last one is a command: random presses in a dialog about files would leave the
+    /// scratch home, and beside the window they would be about the desktop.
+    std::string batch(const Desktop::Window& window) {
+        std::string script;
+        for (std::size_t count = 10 + below(40); count > 0; --count, ++events)
+            script += gesture(window);
+        ++events;
+        return script + command(window);
+    }
+
+    /// Waits until the program's main thread answers, and then answers what it asks. Starts it
+    /// again if it was told to quit.
+    void hearFromIt() {
+        for (int round = 0;; ++round) {
+            if (!isAnswering()) {
+                ASSERT_TRUE(waitUntil([&] { return !program->isRunning(); })) << "it hangs";
+                ASSERT_EQ(program->wait(), 0);
+                expectNoReports();
+                ASSERT_NO_FATAL_FAILURE(start());
+                ++restarts;
+            }
+            // Without the keyboard a dialog is just coming or going.
+            bool isAsking = false;
+            ASSERT_TRUE(waitUntil([&] {
+                isAsking = isDialog(desktop.activeTitle());
+                return isAsking || !hasDialog();
+            })) << "a dialog without the keyboard";
+            if (!isAsking)
+                return;
+            ASSERT_LT(round, 40) << "a dialog stays";
+            desktop.run(answer(round));
+        }
+    }
+
+    void start() {
+        program = desktop.start();
+        ASSERT_TRUE(waitUntil([&] { return isAnswering() || !program->isRunning(); }));
+        ASSERT_TRUE(waitUntil([&] { return desktop.activeWindow().has_value(); }));
+    }
+
+    bool isAnswering() {
+        return Process({"gdbus", "call", "--session", "--timeout=30", "--dest=com.quillark.mossbit",
+                        "--object-path=/com/quillark/mossbit",
+                        "--method=org.freedesktop.Application.ActivateAction", "none", "[]", "{}"})
+                   .wait() == 0;
+    }
+
+    static bool isDialog(const std::string& title) {
+        static const Words titles = {"Mossbit", "Save", "Open", "Export WAV", "About Mossbit"};
+        return std::find(titles.begin(), titles.end(), title) != titles.end();
+    }
+
+    bool hasDialog() const {
+        std::istringstream titles(
+            desktop.outputOf({"xdotool", "search", "--class", "mossbit", "getwindowname", "%@"}));
+        for (std::string title; std::getline(titles, title);) {
+            if (isDialog(title))
+                return true;
+        }
+        return false;
+    }
+
+    std::string answer(int round) {
+        static const Words names = {"song", "other", "broken.mossbit", "absent"};
+        ++answers;
+        if (round > 10 || oneIn(4))
+            return "key --delay 0 Escape\n";
+        if (oneIn(2))
+            return "key --delay 0 " + std::string(oneIn(2) ? "Return" : "Tab Return") + '\n';
+        return "type --delay 0 " + oneOf(names) + "\nkey --delay 0 Return\n";
+    }
+
+    void expectNoReports() const {
+        for (const auto& file : std::filesystem::directory_iterator(reportFolder.path()))
+            ADD_FAILURE() << bytesOf(file);
+    }
+
+    Desktop desktop;
+    const ScratchFolder reportFolder;
+    std::unique_ptr<Process> program;
+    std::mt19937 random{seed};
+    int events = 0;
+    int answers = 0;
+    int restarts = 0;
+};
+
+TEST_F(Monkey, ThousandEvents) {
+    play(1000);
+}
+
+TEST_F(Monkey, TwentyThousandEvents) {
+    play(20'000);
+}
+
+} // namespace
+} // namespace mossbit
