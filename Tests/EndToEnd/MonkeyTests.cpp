@@ -28,8 +28,6 @@ protected:
         const std::string reports = "log_path=" + (reportFolder / "report").string();
         setenv("ASAN_OPTIONS", reports.c_str(), 1);
         setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
-        setenv("LSAN_OPTIONS", "suppressions=" MOSSBIT_LEAKS_OF_LIBRARIES ":print_suppressions=0",
-               1);
         putBytes(desktop.home() / "broken.mossbit", "{");
         std::cout << "Seed " << seed << '\n';
     }
