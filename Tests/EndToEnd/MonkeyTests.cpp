@@ -38,7 +38,7 @@ protected:
         for (events = 0; events < count;) {
             SCOPED_TRACE("after event " + std::to_string(events));
             std::optional<Desktop::Window> window;
-            ASSERT_TRUE(waitUntil([&] { return (window = desktop.activeWindow()).has_value(); }));
+            ASSERT_TRUE(waitUntil([&] { return (window = workableWindow()).has_value(); }));
             desktop.run(batch(*window));
             ASSERT_NO_FATAL_FAILURE(hearFromIt());
         }
@@ -54,6 +54,17 @@ private:
     std::size_t below(std::size_t bound) { return random() % bound; }
     bool oneIn(std::size_t bound) { return below(bound) == 0; }
     std::string oneOf(const Words& words) { return words[below(words.size())]; }
+
+    /// A press beside the window may have brought up a menu of the desktop, which keeps the
+    /// keyboard until it is left, or have taken the keyboard from every window.
+    std::optional<Desktop::Window> workableWindow() {
+        auto window = desktop.activeWindow();
+        if (!window) {
+            desktop.run("mouseup 1\nmouseup 3\nkeyup ctrl\nkeyup shift\nkey --delay 0 Escape\n");
+            isAnswering(); // Brings its window to the front.
+        }
+        return window;
+    }
 
     /// Anywhere inside the window but on the menu bar.
     std::string somewhere(const Desktop::Window& window) {
