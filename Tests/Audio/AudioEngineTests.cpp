@@ -2,6 +2,7 @@
 
 #include "Tests/Support/FakeAudioOutput.h"
 #include "Tests/Support/Fakes.h"
+#include "Tests/Support/Rendering.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
@@ -12,23 +13,6 @@ namespace mossbit {
 namespace {
 
 using Samples = std::vector<float>;
-
-std::shared_ptr<const RenderPattern> compiled(const Project& project) {
-    return std::make_shared<const RenderPattern>(project);
-}
-
-/// The samples that the device must get, from a core that nobody else touches.
-struct Reference {
-    Reference(const Project& project, double rate) : core(compiled(project), rate) {}
-
-    Samples next(std::size_t frames) {
-        Samples samples(frames);
-        core.render(samples);
-        return samples;
-    }
-
-    ChipCore core;
-};
 
 class AudioEngineTest : public testing::Test {
 protected:
@@ -56,8 +40,8 @@ TEST_F(AudioEngineTest, RendersAtTheDevicesRateOrAt44100) {
         ours.play(first);
         EXPECT_EQ(device.format, (AudioFormat{expected, 2}));
         EXPECT_EQ(device.volume, 1);
-        Reference reference(first, expected);
-        EXPECT_EQ(device.pull(30000).second, reference.next(30000)) << told;
+        ChipCore reference(compiled(first), expected);
+        EXPECT_EQ(device.pull(30000).second, rendered(reference, 30000)) << told;
     }
 }
 
@@ -73,13 +57,13 @@ TEST_F(AudioEngineTest, StoppingPausesTheDeviceAndPlayingResumesItAtTickZero) {
     const Samples late = pull(7000);
     EXPECT_EQ(engine.playheadTick(), -1);
     engine.play(first);
-    Reference reference(first, 48000);
-    reference.next(13000);
-    reference.core.silence();
-    reference.core.rewind();
-    EXPECT_EQ(late, reference.next(7000));
-    reference.core.rewind();
-    EXPECT_EQ(pull(13000), reference.next(13000));
+    ChipCore reference(compiled(first), 48000);
+    rendered(reference, 13000);
+    reference.silence();
+    reference.rewind();
+    EXPECT_EQ(late, rendered(reference, 7000));
+    reference.rewind();
+    EXPECT_EQ(pull(13000), rendered(reference, 13000));
     EXPECT_EQ(engine.playheadTick(), 2);
 }
 
@@ -89,10 +73,10 @@ TEST_F(AudioEngineTest, AnEditIsHeardFromTheNextBlockOnWithoutMovingThePlayhead)
     engine.update(second);
     EXPECT_EQ(engine.playheadTick(), 4);
     EXPECT_TRUE(engine.isPlaying());
-    Reference reference(first, 48000);
-    reference.next(25000);
-    reference.core.update(compiled(second));
-    EXPECT_EQ(pull(80000), reference.next(80000));
+    ChipCore reference(compiled(first), 48000);
+    rendered(reference, 25000);
+    reference.update(compiled(second));
+    EXPECT_EQ(pull(80000), rendered(reference, 80000));
 }
 
 TEST_F(AudioEngineTest, WithoutAFormatItTriesAgainAtTheNextPlay) {
@@ -102,7 +86,8 @@ TEST_F(AudioEngineTest, WithoutAFormatItTriesAgainAtTheNextPlay) {
     output.refusesFormat = false;
     output.rate = 44100;
     engine.play(first);
-    EXPECT_EQ(pull(9000), Reference(first, 44100).next(9000));
+    ChipCore reference(compiled(first), 44100);
+    EXPECT_EQ(pull(9000), rendered(reference, 9000));
 }
 
 TEST_F(AudioEngineTest, CopesWithBuffersThatAreMissingOrShared) {
@@ -111,9 +96,9 @@ TEST_F(AudioEngineTest, CopesWithBuffersThatAreMissingOrShared) {
     Samples a(100), b(100);
     pullInto({});
     pullInto({nullptr, b.data()});
-    Reference reference(first, 48000);
+    ChipCore reference(compiled(first), 48000);
     pullInto({a.data(), nullptr, a.data(), b.data()});
-    EXPECT_EQ(a, reference.next(100));
+    EXPECT_EQ(a, rendered(reference, 100));
     EXPECT_EQ(b, a);
 }
 

@@ -2,11 +2,11 @@
 
 #include "Tests/Support/AllocationGuard.h"
 #include "Tests/Support/RandomSong.h"
+#include "Tests/Support/Rendering.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -16,46 +16,14 @@
 namespace mossbit {
 namespace {
 
-std::shared_ptr<const RenderPattern> compiled(const Project& project) {
-    return std::make_shared<const RenderPattern>(project);
-}
-
-/// A thread that renders without a pause, as an audio device does but faster, and under a guard
-/// that forbids it to allocate or free memory.
-class RenderingThread {
-public:
-    explicit RenderingThread(ChipCore& core)
-        : m_thread([this, &core] {
-              std::vector<float> block(256);
-              const AllocationGuard guard;
-              while (!m_stop) {
-                  core.render(block);
-                  for (const float sample : block)
-                      m_outOfRange = m_outOfRange || !(std::abs(sample) <= 1);
-              }
-          }) {}
-
-    ~RenderingThread() {
-        m_stop = true;
-        m_thread.join();
-        EXPECT_FALSE(m_outOfRange);
-    }
-
-private:
-    std::atomic<bool> m_stop = false;
-    std::atomic<bool> m_outOfRange = false;
-    std::thread m_thread;
-};
-
 TEST(HandOver, PatternsAreReleasedOnceNobodyPlaysThem) {
     ChipCore core(compiled(Project()), 44100);
-    std::vector<float> block(64);
     std::vector<std::weak_ptr<const RenderPattern>> patterns;
     for (int i = 0; i < 5; ++i) {
         const auto pattern = compiled(Project());
         patterns.emplace_back(pattern);
         core.update(pattern);
-        core.render(block);
+        rendered(core, 64);
     }
     core.update(compiled(Project()));
     // The one that the last render call still holds, and none before it.
@@ -68,8 +36,7 @@ TEST(HandOver, ARunningCallDoesNotUndoARewind) {
     const auto pattern = compiled(song({.bars = 1, .loop = false}).note(60, 0, 1));
     core.update(pattern);
     const long before = pattern.use_count();
-    std::vector<float> block(1'000'000); // Past the end of the song.
-    std::thread thread([&] { core.render(block); });
+    std::jthread thread([&] { rendered(core, 1'000'000); }); // Past the end of the song.
     // Once the call has taken the pattern, an order can only be for the next call.
     while (pattern.use_count() == before)
         std::this_thread::yield();
@@ -78,15 +45,27 @@ TEST(HandOver, ARunningCallDoesNotUndoARewind) {
     EXPECT_EQ(core.publishedTick(), -1);
     EXPECT_FALSE(core.isFinished());
 
-    block.resize(20'000);
-    core.render(block);
+    rendered(core, 20'000);
     EXPECT_EQ(core.publishedTick(), 3);
 }
 
 TEST(HandOver, EditsRewindsAndSilencesMeetARenderingThread) {
     std::mt19937 random(3);
     ChipCore core(compiled(randomSong(random)), 44100);
-    const RenderingThread thread(core);
+    // As an audio device does, but faster.
+    const std::jthread audio([&core](const std::stop_token& token) {
+        std::vector<float> block(256);
+        bool isInRange = true;
+        {
+            const AllocationGuard guard;
+            while (!token.stop_requested()) {
+                core.render(block);
+                for (const float sample : block)
+                    isInRange = isInRange && std::abs(sample) <= 1;
+            }
+        }
+        EXPECT_TRUE(isInRange);
+    });
     for (int i = 0; i < 400; ++i) {
         core.update(compiled(randomSong(random)));
         if (random() % 3 == 0)

@@ -2,6 +2,7 @@
 
 #include "Audio/RenderPattern.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -17,12 +18,12 @@ public:
         : m_pattern(pattern),
           m_rate(sampleRate),
           m_rate32(static_cast<float>(sampleRate)),
-          m_coefficient(0.007957748F / (1.0F / m_rate32 + 0.007957748F)) {}
+          m_coefficient(0.007957748F / (1.0F / m_rate32 + 0.007957748F)),
+          m_tones(std::min<std::size_t>(pattern.channels.size(), 4)) {}
 
     std::vector<float> render(std::size_t frames) {
-        std::vector<float> samples;
-        for (std::size_t i = 0; i < frames; ++i)
-            samples.push_back(next());
+        std::vector<float> samples(frames);
+        std::generate(samples.begin(), samples.end(), [this] { return next(); });
         return samples;
     }
 
@@ -31,11 +32,11 @@ private:
 
     struct Tone {
         Stage stage = idle;
-        float level = 0, attackStep = 1, decayStep = 0, releaseStep = 1, sustainLevel = 1;
-        bool percussive = false;
+        float level = 0, attackStep = 0, decayStep = 0, releaseStep = 0, sustainLevel = 0;
+        bool isDrum = false;
         std::int64_t endTick = 0;
-        float gain = 1, phase = 0, increment = 0;
-        unsigned lfsr = 0x7FFF;
+        float gain = 0, phase = 0, increment = 0;
+        unsigned lfsr = 0;
         float lfsrPhase = 0, lfsrRate = 0, lfsrTarget = 0, lfsrStep = 0;
         bool shortMode = false;
         float noise = -1;
@@ -48,63 +49,53 @@ private:
         }
         m_untilTick -= 1;
         float mix = 0;
-        for (std::size_t i = 0; i < m_pattern.channels.size() && i < 4; ++i) {
-            if (m_tones[i].stage == idle)
-                continue;
+        for (std::size_t i = 0; i < m_tones.size(); ++i) {
             const float sample = step(m_tones[i], m_pattern.channels[i]);
             if (!m_pattern.channels[i].muted)
                 mix += sample * m_pattern.channels[i].level;
         }
         const float x = mix * 0.22F;
-        const float y = m_coefficient * (m_y + x - m_x);
+        m_y = m_coefficient * (m_y + x - m_x);
         m_x = x;
-        m_y = y;
-        return y < -1 ? -1 : y > 1 ? 1 : y;
+        return std::clamp(m_y, -1.0F, 1.0F);
     }
 
     void startTick() {
-        const std::int64_t tick = ++m_tick;
-        const bool over = tick >= m_pattern.totalTicks;
-        if (over && !m_pattern.loop) {
-            m_tick = m_pattern.totalTicks;
-            for (Tone& tone : m_tones)
-                letGo(tone);
-            return;
-        }
-        if (over)
-            m_tick = 0;
-        for (std::size_t i = 0; i < m_pattern.channels.size() && i < 4; ++i) {
+        const bool isOver = ++m_tick >= m_pattern.totalTicks;
+        if (isOver)
+            m_tick = m_pattern.loop ? 0 : m_pattern.totalTicks;
+        for (std::size_t i = 0; i < m_tones.size(); ++i) {
+            Tone& tone = m_tones[i];
+            if ((isOver || m_tick >= tone.endTick) && tone.stage != idle && !tone.isDrum)
+                tone.stage = release;
+            if (m_tick == m_pattern.totalTicks)
+                continue;
             const RenderChannel& channel = m_pattern.channels[i];
-            if (over || m_tick >= m_tones[i].endTick)
-                letGo(m_tones[i]);
             const auto event = channel.startAtTick[static_cast<std::size_t>(m_tick)];
             if (event >= 0)
-                start(m_tones[i], channel.kind, channel.events[static_cast<std::size_t>(event)]);
+                start(tone, channel.kind, channel.events[static_cast<std::size_t>(event)]);
         }
-    }
-
-    static void letGo(Tone& tone) {
-        if (tone.stage != idle && !tone.percussive)
-            tone.stage = release;
     }
 
     float stepFor(float seconds) const { return 1 / std::fmax(seconds * m_rate32, 1.0F); }
 
     void start(Tone& tone, ChannelKind kind, const RenderEvent& event) const {
-        tone.endTick = event.end;
         tone.stage = attack;
-        if (kind != ChannelKind::noise) {
-            const float exponent = static_cast<float>(event.pitch - 69) / 12.0F;
-            tone.increment = std::pow(2.0F, exponent) * 440.0F / m_rate32;
-            tone.phase = 0;
-            tone.gain = event.velocity;
-            tone.attackStep = stepFor(0.004F);
-            tone.decayStep = stepFor(kind == ChannelKind::wave ? 0.35F : 0.25F);
-            tone.releaseStep = stepFor(0.03F);
-            tone.sustainLevel = kind == ChannelKind::wave ? 0.8F : 0.72F;
-            tone.percussive = false;
-            return;
-        }
+        tone.endTick = event.end;
+        tone.isDrum = kind == ChannelKind::noise;
+        if (tone.isDrum)
+            return startDrum(tone, event);
+        const float exponent = static_cast<float>(event.pitch - 69) / 12.0F;
+        tone.increment = std::pow(2.0F, exponent) * 440.0F / m_rate32;
+        tone.phase = 0;
+        tone.gain = event.velocity;
+        tone.attackStep = stepFor(0.004F);
+        tone.decayStep = stepFor(kind == ChannelKind::wave ? 0.35F : 0.25F);
+        tone.releaseStep = stepFor(0.03F);
+        tone.sustainLevel = kind == ChannelKind::wave ? 0.8F : 0.72F;
+    }
+
+    void startDrum(Tone& tone, const RenderEvent& event) const {
         struct Drum {
             float factor, decay, from, to, sweep;
         };
@@ -123,66 +114,51 @@ private:
         tone.gain = event.velocity * drum.factor;
         tone.attackStep = stepFor(0.001F);
         tone.decayStep = stepFor(drum.decay);
-        tone.releaseStep = stepFor(0.005F);
         tone.sustainLevel = 0;
-        tone.percussive = true;
+    }
+
+    /// Moves `value` by one step; true once that has reached the end, which it does not pass.
+    static bool reaches(float end, float step, float& value) {
+        value += step;
+        const bool isThere = step < 0 ? value <= end : value >= end;
+        if (isThere)
+            value = end;
+        return isThere;
     }
 
     float step(Tone& tone, const RenderChannel& channel) const {
         if (tone.stage == attack) {
-            tone.level += tone.attackStep;
-            if (tone.level >= 1) {
-                tone.level = 1;
-                tone.stage = tone.percussive || tone.sustainLevel < 1 ? decay : sustain;
-            }
+            if (reaches(1, tone.attackStep, tone.level))
+                tone.stage = decay;
         } else if (tone.stage == decay) {
-            const float floor = tone.percussive ? 0 : tone.sustainLevel;
-            tone.level -= tone.decayStep;
-            if (tone.level <= floor) {
-                tone.level = floor;
-                tone.stage = tone.percussive ? idle : sustain;
-            }
+            if (reaches(tone.sustainLevel, -tone.decayStep, tone.level))
+                tone.stage = tone.isDrum ? idle : sustain;
         } else if (tone.stage == release) {
-            tone.level -= tone.releaseStep;
-            if (tone.level <= 0) {
-                tone.level = 0;
+            if (reaches(0, -tone.releaseStep, tone.level))
                 tone.stage = idle;
-            }
         }
         if (tone.level <= 0)
             return 0;
-        if (channel.kind == ChannelKind::noise)
+        if (tone.isDrum)
             return tone.level * hiss(tone) * tone.gain;
         tone.phase += tone.increment;
-        if (tone.phase >= 1)
-            tone.phase -= std::floor(tone.phase);
+        tone.phase -= std::floor(tone.phase);
         if (channel.kind == ChannelKind::wave) {
-            const int index = static_cast<int>(tone.phase * 32);
-            const float entry = channel.table[static_cast<std::size_t>(index < 31 ? index : 31)];
-            return tone.level * entry * tone.gain;
+            const auto index = static_cast<std::size_t>(tone.phase * 32);
+            return tone.level * channel.table[std::min<std::size_t>(index, 31)] * tone.gain;
         }
-        const float value = tone.phase < channel.duty ? tone.level : -tone.level;
-        return value * tone.gain;
+        return (tone.phase < channel.duty ? tone.level : -tone.level) * tone.gain;
     }
 
     float hiss(Tone& tone) const {
-        if (tone.lfsrStep != 0) {
-            tone.lfsrRate += tone.lfsrStep;
-            if ((tone.lfsrStep < 0 && tone.lfsrRate <= tone.lfsrTarget) ||
-                (tone.lfsrStep > 0 && tone.lfsrRate >= tone.lfsrTarget)) {
-                tone.lfsrRate = tone.lfsrTarget;
-                tone.lfsrStep = 0;
-            }
-        }
+        if (reaches(tone.lfsrTarget, tone.lfsrStep, tone.lfsrRate))
+            tone.lfsrStep = 0;
         tone.lfsrPhase += tone.lfsrRate / m_rate32;
-        if (tone.lfsrPhase >= 1) {
-            while (tone.lfsrPhase >= 1) {
-                const unsigned feedback = (tone.lfsr & 1) ^ (tone.lfsr >> 1 & 1);
-                tone.lfsr = tone.lfsr >> 1 | feedback << 14;
-                if (tone.shortMode)
-                    tone.lfsr = (tone.lfsr & ~0x40U) | feedback << 6;
-                tone.lfsrPhase -= 1;
-            }
+        for (; tone.lfsrPhase >= 1; tone.lfsrPhase -= 1) {
+            const unsigned feedback = (tone.lfsr & 1) ^ (tone.lfsr >> 1 & 1);
+            tone.lfsr = tone.lfsr >> 1 | feedback << 14;
+            if (tone.shortMode)
+                tone.lfsr = (tone.lfsr & ~0x40U) | feedback << 6;
             tone.noise = (tone.lfsr & 1) != 0 ? -1.0F : 1.0F;
         }
         return tone.noise;
@@ -192,7 +168,7 @@ private:
     double m_rate;
     float m_rate32;
     float m_coefficient;
-    std::array<Tone, 4> m_tones;
+    std::vector<Tone> m_tones;
     std::int64_t m_tick = -1;
     double m_untilTick = 0;
     float m_x = 0;

@@ -1,12 +1,10 @@
 #include "Audio/RenderPattern.h"
 
-#include "Audio/Voices.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace mossbit {
@@ -48,35 +46,14 @@ TEST(RenderPattern, SortsNotesAndLetsTheLastStoredOneOwnItsTick) {
 }
 
 TEST(RenderPattern, ConvertsSettingsToFloats) {
-    const RenderPattern pattern(song({.bars = 1})
-
-                                    .note(60, 0, 1, 20)
-                                    .note(60, 1, 1, -3)
-                                    .note(60, 2, 1, 3));
+    const RenderPattern pattern(
+        song({.bars = 1}).note(60, 0, 1, 20).note(60, 1, 1, -3).note(60, 2, 1, 3));
     const RenderChannel& pulse = pattern.channels[0];
     EXPECT_EQ(pulse.level, 11.0F / 15.0F);
     EXPECT_EQ(pulse.duty, 0.5F);
     EXPECT_EQ(pulse.events[0].velocity, 1.0F);
     EXPECT_EQ(pulse.events[1].velocity, 0.0F);
     EXPECT_EQ(pulse.events[2].velocity, 3.0F / 15.0F);
-}
-
-TEST(RenderPattern, WaveTablesAreQuantisedSines) {
-    const double turn = 6.283185;
-    for (const WavePreset preset : allWavePresets) {
-        const std::vector<float> table = waveTable(preset);
-        ASSERT_EQ(table.size(), 32U);
-        for (int i = 0; i < 32; ++i) {
-            const double t = i / 32.0;
-            double raw = (i < 16 ? i : 31 - i) / 15.0 * 2 - 1;
-            if (preset == WavePreset::soft)
-                raw = std::sin(turn * t);
-            if (preset == WavePreset::hollow)
-                raw = (std::sin(turn * t) + 0.5 * std::sin(3 * turn * t)) / 1.35;
-            const double level = std::round((std::clamp(raw, -1.0, 1.0) + 1) * 0.5 * 15);
-            EXPECT_NEAR(table[static_cast<std::size_t>(i)], level / 15 * 2 - 1, 1e-6) << i;
-        }
-    }
 }
 
 } // namespace

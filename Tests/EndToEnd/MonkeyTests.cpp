@@ -1,6 +1,4 @@
-#include "Services/ProjectStore.h"
 #include "Tests/Support/Desktop.h"
-#include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +6,10 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 
 // Someone who knows nothing presses whatever there is. Reports of the sanitizers, in a build that
@@ -18,6 +18,11 @@ namespace mossbit {
 namespace {
 
 using Words = std::vector<std::string>;
+
+Words words(const std::string& text) {
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
 
 class Monkey : public testing::Test {
 protected:
@@ -28,8 +33,8 @@ protected:
         setenv("ASAN_OPTIONS", reports.c_str(), 1);
         setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
         // The wheel beside a window that just became smaller would turn to another one.
-        desktop.run("set_num_desktops 1\n");
-        putBytes(desktop.home() / "broken.mossbit", "{");
+        desktop.run("set_num_desktops 1");
+        putBytes(desktop / "broken.mossbit", "{");
         std::cout << "Seed " << seed << '\n';
     }
 
@@ -49,9 +54,7 @@ protected:
         program->kill(SIGTERM);
         EXPECT_EQ(program->wait(), 0);
         expectNoReports();
-        EXPECT_NO_THROW(ProjectStore::read(desktop.home() / "Mossbit/Autosave.mossbit"));
-        std::cout << events << " events, " << answers << " dialogs answered, " << restarts
-                  << " times started again\n";
+        EXPECT_NO_THROW(EXPECT_TRUE(desktop.autosave()));
     }
 
 private:
@@ -80,39 +83,10 @@ private:
     }
 
     std::string key() {
-        static const Words keys = {"space",
-                                   "Return",
-                                   "Escape",
-                                   "Tab",
-                                   "shift+Tab",
-                                   "BackSpace",
-                                   "Delete",
-                                   "Left",
-                                   "Right",
-                                   "Up",
-                                   "Down",
-                                   "Home",
-                                   "End",
-                                   "Prior",
-                                   "Next",
-                                   "ctrl+a",
-                                   "ctrl+z",
-                                   "ctrl+z",
-                                   "ctrl+shift+z",
-                                   "ctrl+l",
-                                   "ctrl+c",
-                                   "ctrl+v",
-                                   "ctrl+x",
-                                   "shift+End",
-                                   "ctrl+1",
-                                   "ctrl+2",
-                                   "ctrl+3",
-                                   "ctrl+4",
-                                   "0",
-                                   "1",
-                                   "9",
-                                   "minus",
-                                   "a"};
+        static const Words keys =
+            words("space Return Escape Tab shift+Tab BackSpace Delete Left Right Up Down Home End "
+                  "Prior Next ctrl+a ctrl+z ctrl+z ctrl+shift+z ctrl+l ctrl+c ctrl+v ctrl+x "
+                  "shift+End ctrl+1 ctrl+2 ctrl+3 ctrl+4 0 1 9 minus a");
         return "key --delay 0 " + oneOf(keys) + '\n';
     }
 
@@ -148,9 +122,9 @@ private:
     /// What may bring up a dialog, end the program or leave the pointer outside: a shortcut, a walk
     /// through a menu, another size.
     std::string command(const Desktop::Window& window) {
-        static const Words shortcuts = {"ctrl+n", "ctrl+o",       "ctrl+o", "ctrl+s",
-                                        "ctrl+s", "ctrl+shift+s", "ctrl+e", "ctrl+w"};
-        static const Words menus = {"alt+f", "alt+e", "alt+p", "alt+h"};
+        static const Words shortcuts =
+            words("ctrl+n ctrl+o ctrl+o ctrl+s ctrl+s ctrl+shift+s ctrl+e ctrl+w");
+        static const Words menus = words("alt+f alt+e alt+p alt+h");
         // Whatever menu, button or text is open or held must not take the keys instead.
         const std::string script =
             "mouseup 1\nkeyup ctrl\nkeyup shift\nkey --delay 0 Escape Escape\n";
@@ -184,7 +158,6 @@ private:
                 ASSERT_EQ(program->wait(), 0);
                 expectNoReports();
                 ASSERT_NO_FATAL_FAILURE(start());
-                ++restarts;
             }
             // A dialog without the keyboard is going, or appeared when the window was just called
             // to the front, and gets it by the next call.
@@ -206,12 +179,7 @@ private:
         ASSERT_TRUE(waitUntil([&] { return desktop.activeWindow().has_value(); }));
     }
 
-    bool isAnswering() {
-        return Process({"gdbus", "call", "--session", "--timeout=30", "--dest=com.quillark.mossbit",
-                        "--object-path=/com/quillark/mossbit",
-                        "--method=org.freedesktop.Application.ActivateAction", "none", "[]", "{}"})
-                   .wait() == 0;
-    }
+    bool isAnswering() { return desktop.call("ActivateAction", {"none", "[]", "{}"}); }
 
     static bool isDialog(const std::string& title) {
         static const Words titles = {"Mossbit", "Save", "Open", "Export WAV", "About Mossbit"};
@@ -226,7 +194,6 @@ private:
 
     std::string answer(int round) {
         static const Words names = {"song", "other", "broken.mossbit", "absent"};
-        ++answers;
         if (round > 10 || oneIn(4))
             return "key --delay 0 Escape\n";
         if (oneIn(2))
@@ -244,8 +211,6 @@ private:
     std::unique_ptr<Process> program;
     std::mt19937 random{seed};
     int events = 0;
-    int answers = 0;
-    int restarts = 0;
 };
 
 TEST_F(Monkey, ThousandEvents) {

@@ -9,7 +9,7 @@ namespace {
 class TempoField : public WindowTest {
 protected:
     void SetUp() override {
-        store("song.mossbit", song().note(72, 4, 1));
+        desktop.store("song.mossbit", song().note(72, 4, 1));
         ASSERT_TRUE(open({"song.mossbit"}, "song"));
         ASSERT_TRUE(desktop.waitForPixel(note, playColor));
         // Not with the pointer, which is in the picture.
@@ -42,10 +42,7 @@ protected:
 
 TEST_F(TempoField, HasTheKeysOfText) {
     typeTempo("156");
-    desktop.key("space");
-    desktop.key("BackSpace");
-    desktop.key("BackSpace");
-    desktop.key("Return");
+    desktop.key("space BackSpace BackSpace Return");
     EXPECT_TRUE(waitForTempo(40)) << "15 is below what there is";
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(desktop.pixel(playFace), idleColor);

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "Services/ProjectStore.h"
 #include "Tests/Support/Desktop.h"
-#include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -57,29 +55,14 @@ protected:
         desktop.key("Return");
     }
 
-    std::filesystem::path store(const std::string& name, const Project& project) {
-        putBytes(desktop.home() / name, ProjectStore::encode(project));
-        return desktop.home() / name;
-    }
-
-    std::optional<Project> autosave() const {
-        try {
-            return ProjectStore::read(desktop.home() / "Mossbit/Autosave.mossbit");
-        } catch (const std::exception&) {
-            return std::nullopt;
-        }
-    }
-
     /// Waits until the autosave file holds these notes on one channel, each as
     /// "pitch:start+length". Returns what it held last.
     std::string notes(ChannelKind kind, const std::string& expected) const {
         std::string found;
         waitUntil([&] {
             std::ostringstream text;
-            const auto project = autosave();
-            for (const Note& note : project
-                                        ? project->channels[static_cast<std::size_t>(kind)].notes
-                                        : std::vector<Note>())
+            const Project project = desktop.autosave().value_or(Project());
+            for (const Note& note : project.channels[static_cast<std::size_t>(kind)].notes)
                 text << (text.tellp() > 0 ? " " : "") << note.pitch << ':' << note.start << '+'
                      << note.length;
             found = text.str();
@@ -90,7 +73,7 @@ protected:
 
     bool waitForAutosave(const std::function<bool(const Project&)>& condition) const {
         return waitUntil([&] {
-            const auto project = autosave();
+            const auto project = desktop.autosave();
             return project && condition(*project);
         });
     }

@@ -17,19 +17,17 @@ void require(bool condition, std::string_view what) {
     std::abort();
 }
 
-bool isWithin(std::int64_t value, std::int64_t lowest, std::int64_t highest) {
-    return value >= lowest && value <= highest;
-}
-
 void requireLimits(const Project& project) {
-    require(isWithin(project.tempo, lowestTempo, highestTempo), "the tempo is within limits");
+    require(std::clamp(project.tempo, lowestTempo, highestTempo) == project.tempo,
+            "the tempo is within limits");
     require(std::count(allBarCounts.begin(), allBarCounts.end(), project.bars) == 1,
             "the bar count is one of the known");
     require(project.channels.size() == allChannelKinds.size(), "there are four channels");
     for (std::size_t i = 0; i < project.channels.size(); ++i) {
         const Channel& channel = project.channels[i];
         require(channel.kind == allChannelKinds[i], "the channels are in their order");
-        require(isWithin(channel.volume, 0, highestVolume), "the volume is within limits");
+        require(channel.volume >= 0 && channel.volume <= highestVolume,
+                "the volume is within limits");
     }
     Project clamped = project;
     clamped.clampNotes();

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -52,67 +51,40 @@ private:
     const int m_layout;
 };
 
-TEST(QtDialogs, AlertShowsItsWordsAsTheyAre) {
-    QtDialogs dialogs;
-    QWidget window;
-    dialogs.setParentWindow(&window);
-    whenShown<QMessageBox>([&](QMessageBox& box) {
-        EXPECT_EQ(box.parentWidget(), &window);
-        for (QLabel* label : box.findChildren<QLabel*>())
-            EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText);
-        box.reject();
-    });
-    dialogs.runAlert(discardPrompt);
-}
-
-/// The buttons from the left to the right.
-QList<QAbstractButton*> buttonsOf(const QMessageBox& box) {
-    QList<QAbstractButton*> buttons = box.buttons();
-    std::ranges::sort(buttons, {}, [](const auto* button) { return button->x(); });
-    return buttons;
-}
-
-TEST(QtDialogs, AlertKeepsTheOrderOfItsButtonsOnEveryDesktop) {
-    for (const auto layout : {QDialogButtonBox::WinLayout, QDialogButtonBox::MacLayout,
-                              QDialogButtonBox::KdeLayout, QDialogButtonBox::GnomeLayout}) {
-        QApplication::setStyle(new Desktop(layout));
-        QtDialogs dialogs;
-        whenShown<QMessageBox>([](QMessageBox& box) {
-            QStringList titles;
-            for (const QAbstractButton* button : buttonsOf(box))
-                titles += button->text();
-            EXPECT_EQ(titles, (QStringList{"Save", "Discard", "Cancel"}));
-            box.reject();
-        });
-        dialogs.runAlert(discardPrompt);
-    }
-    QApplication::setStyle("fusion");
-}
-
-TEST(QtDialogs, AlertTellsWhichButtonWasPressed) {
+TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
     const struct {
-        std::function<void(QMessageBox&)> answer;
+        QDialogButtonBox::ButtonLayout layout;
+        std::function<void(QMessageBox&, QAbstractButton* second)> answer;
         std::size_t expected;
     } cases[] = {
-        {[](QMessageBox& box) { buttonsOf(box)[1]->click(); }, 1},
-        {[](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }, 0},
-        {[](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }, 2},
-        {[](QMessageBox& box) { box.close(); }, 2},
+        {QDialogButtonBox::WinLayout, [](auto&, auto* second) { second->click(); }, 1},
+        {QDialogButtonBox::MacLayout,
+         [](auto& box, auto*) { QTest::keyClick(&box, Qt::Key_Return); }, 0},
+        {QDialogButtonBox::KdeLayout,
+         [](auto& box, auto*) { QTest::keyClick(&box, Qt::Key_Escape); }, 2},
+        {QDialogButtonBox::GnomeLayout, [](auto& box, auto*) { box.close(); }, 2},
     };
-    for (const auto& [answer, expected] : cases) {
+    for (const auto& [layout, answer, expected] : cases) {
+        QApplication::setStyle(new Desktop(layout));
         QtDialogs dialogs;
-        whenShown<QMessageBox>(answer);
-        EXPECT_EQ(dialogs.runAlert(discardPrompt), expected);
+        QWidget window;
+        dialogs.setParentWindow(&window);
+        whenShown<QMessageBox>([&](QMessageBox& box) {
+            EXPECT_EQ(box.parentWidget(), &window);
+            for (QLabel* label : box.findChildren<QLabel*>())
+                EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText);
+            // From the left to the right.
+            QList<QAbstractButton*> buttons = box.buttons();
+            std::ranges::sort(buttons, {}, [](const auto* button) { return button->x(); });
+            QStringList titles;
+            for (const QAbstractButton* button : buttons)
+                titles += button->text();
+            EXPECT_EQ(titles, (QStringList{"Save", "Discard", "Cancel"}));
+            answer(box, buttons[1]);
+        });
+        EXPECT_EQ(dialogs.runAlert(discardPrompt), expected) << layout;
     }
-}
-
-/// The file panel with `typed` as its file name, accepted.
-void typeAndAccept(const QString& folder, const QString& typed) {
-    whenShown<QFileDialog>([=](QFileDialog& panel) {
-        auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
-        name->setText(QDir(folder).filePath(typed));
-        QTest::keyClick(name, Qt::Key_Return);
-    });
+    QApplication::setStyle("fusion");
 }
 
 TEST(QtDialogs, SavePanelCompletesTheName) {
@@ -126,7 +98,11 @@ TEST(QtDialogs, SavePanelCompletesTheName) {
         {FileKind::wav, "new", "new.wav"},
     };
     for (const auto& [kind, typed, expected] : cases) {
-        typeAndAccept(folder.path(), QString::fromUtf8(typed));
+        whenShown<QFileDialog>([&](QFileDialog& panel) {
+            auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
+            name->setText(folder.filePath(QString::fromUtf8(typed)));
+            QTest::keyClick(name, Qt::Key_Return);
+        });
         EXPECT_EQ(QtDialogs().runSavePanel(kind, "Untitled.mossbit"),
                   folder.filePath(QString::fromUtf8(expected)).toStdString());
     }

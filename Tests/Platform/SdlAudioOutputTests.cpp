@@ -13,38 +13,26 @@
 namespace mossbit {
 namespace {
 
-/// Lets SDL choose one sound system for the length of a test.
-class SoundSystem {
-public:
-    explicit SoundSystem(const char* driver) { setenv("SDL_AUDIODRIVER", driver, 1); }
-    ~SoundSystem() {
-        unsetenv("SDL_AUDIODRIVER");
-        unsetenv("SDL_DISKAUDIOFILE");
-        unsetenv("SDL_DISKAUDIODELAY");
-    }
+void useSoundSystem(const char* driver) {
+    setenv("SDL_AUDIODRIVER", driver, 1);
+}
 
-    void writeTo(const std::filesystem::path& file) {
-        setenv("SDL_DISKAUDIOFILE", file.c_str(), 1);
-        // Milliseconds per block: faster than real time.
-        setenv("SDL_DISKAUDIODELAY", "1", 1);
-    }
-};
+/// Lets SDL write to a file instead of a device, faster than in real time.
+void useDisk(const std::filesystem::path& file) {
+    useSoundSystem("disk");
+    setenv("SDL_DISKAUDIOFILE", file.c_str(), 1);
+    setenv("SDL_DISKAUDIODELAY", "1", 1); // Milliseconds per block.
+}
 
 TEST(SdlAudioOutput, GivesTheDeviceWhatTheCoreRenders) {
     const ScratchFolder folder;
-    SoundSystem disk("disk");
-    disk.writeTo(folder / "sound.raw");
+    useDisk(folder / "sound.raw");
     std::optional<SdlAudioOutput> sdl(std::in_place);
     WatchedOutput output(*sdl);
     playSession(output, 40'000);
     EXPECT_LE(sdl->deviceFrames(), 1024);
     sdl.reset();
-    const Comparison comparison = compare(readRecording(folder / "sound.raw"), output.given());
-    EXPECT_EQ(comparison.found, output.frames());
-    EXPECT_EQ(comparison.stranger, -1);
-    // A device that is open but paused is given whole blocks of silence; nothing else is.
-    EXPECT_EQ(comparison.silentBefore % 1024, 0);
-    EXPECT_EQ(comparison.silentBetween % 1024, 0);
+    EXPECT_EQ(found(readRecording(folder / "sound.raw"), output.given()), output.frames());
 }
 
 TEST(SdlAudioOutput, TellsWhyItDoesNotStartAndDoesOnceADeviceIsThere) {
@@ -52,14 +40,11 @@ TEST(SdlAudioOutput, TellsWhyItDoesNotStartAndDoesOnceADeviceIsThere) {
     SdlAudioOutput output;
     FakeSystemLog log;
     AudioEngine engine(output, log);
-    {
-        const SoundSystem none("bogus");
-        EXPECT_EQ(output.outputSampleRate(), 0);
-        engine.play(unmistakableSong());
-        EXPECT_FALSE(engine.isPlaying());
-    }
-    SoundSystem disk("disk");
-    disk.writeTo(folder / "sound.raw");
+    useSoundSystem("bogus");
+    EXPECT_EQ(output.outputSampleRate(), 0);
+    engine.play(unmistakableSong());
+    EXPECT_FALSE(engine.isPlaying());
+    useDisk(folder / "sound.raw");
     engine.play(unmistakableSong());
     EXPECT_TRUE(engine.isPlaying());
     EXPECT_EQ(log.lines, std::vector<std::string>{"Mossbit: audio engine failed to start — Audio "

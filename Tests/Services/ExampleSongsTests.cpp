@@ -29,6 +29,7 @@ std::uint64_t checksum(std::string_view bytes) {
     return hash;
 }
 
+/// Their bytes are also how a song is laid out in its file.
 TEST(ExampleSongs, KeepTheirBytesAndTheirSound) {
     const ScratchFolder folder;
     PosixAtomicFile files;

@@ -2,6 +2,7 @@
 
 #include "Tests/Support/AllocationGuard.h"
 #include "Tests/Support/Fakes.h"
+#include "Tests/Support/Rendering.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 #include <fstream>
-#include <memory>
 
 namespace mossbit {
 
@@ -48,9 +48,8 @@ void playSession(WatchedOutput& output, std::size_t frames) {
     AudioEngine engine(output, log);
     const Project project = unmistakableSong();
     const double rate = output.outputSampleRate();
-    ChipCore core(std::make_shared<const RenderPattern>(project), rate > 0 ? rate : 44100);
-    std::vector<float> expected(frames);
-    core.render(expected);
+    ChipCore core(compiled(project), rate > 0 ? rate : 44100);
+    const std::vector<float> expected = rendered(core, frames);
     engine.play(project);
     ASSERT_TRUE(engine.isPlaying() && output.waitFor(frames));
     EXPECT_TRUE(std::ranges::equal(output.given().first(frames), expected));
@@ -73,22 +72,16 @@ std::vector<float> readRecording(const std::filesystem::path& file) {
     return left;
 }
 
-Comparison compare(std::span<const float> recorded, std::span<const float> given) {
-    Comparison result;
-    for (std::size_t i = 0; i < recorded.size(); ++i) {
-        const bool same =
-            result.found < given.size() && std::bit_cast<std::uint32_t>(recorded[i]) ==
-                                               std::bit_cast<std::uint32_t>(given[result.found]);
-        if (same) {
-            ++result.found;
-        } else if (recorded[i] != 0) {
-            result.stranger = static_cast<std::ptrdiff_t>(i);
-            return result;
-        } else if (result.found < given.size()) {
-            ++(result.found == 0 ? result.silentBefore : result.silentBetween);
-        }
+std::size_t found(std::span<const float> recorded, std::span<const float> given) {
+    std::size_t count = 0;
+    for (const float sample : recorded) {
+        if (count < given.size() &&
+            std::bit_cast<std::uint32_t>(sample) == std::bit_cast<std::uint32_t>(given[count]))
+            ++count;
+        else if (sample != 0)
+            return 0;
     }
-    return result;
+    return count;
 }
 
 } // namespace mossbit

@@ -53,17 +53,8 @@ void playSession(WatchedOutput& output, std::size_t frames);
 /// An incomplete frame at the end is left out.
 std::vector<float> readRecording(const std::filesystem::path& file);
 
-/// How far a recording follows the samples that were given.
-struct Comparison {
-    /// Samples found, in their order and bit for bit.
-    std::size_t found = 0;
-    /// The recorded sample that is neither the next one given nor silence, or −1.
-    std::ptrdiff_t stranger = -1;
-    /// Silent samples in the recording before the first and between the others.
-    std::size_t silentBefore = 0;
-    std::size_t silentBetween = 0;
-};
-
-Comparison compare(std::span<const float> recorded, std::span<const float> given);
+/// How many of the samples that were given a recording holds, in their order and bit for bit.
+/// Silence may lie between; if there is anything else, 0.
+std::size_t found(std::span<const float> recorded, std::span<const float> given);
 
 } // namespace mossbit

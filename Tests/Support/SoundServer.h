@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <optional>
@@ -58,6 +59,13 @@ public:
     void kill() {
         m_server->kill();
         m_recorder->kill();
+    }
+
+    /// Waits until the device is given more than silence; false if it is not.
+    bool waitForSound() const {
+        return waitUntil([&] {
+            return std::ranges::any_of(recording(), [](float sample) { return sample != 0; });
+        });
     }
 
     std::vector<float> recording() const { return readRecording(m_home / "recording.raw"); }
