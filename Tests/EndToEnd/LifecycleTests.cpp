@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fstream>
 #include <memory>
 #include <string>
 
@@ -27,15 +26,12 @@ protected:
 
     /// Whether the program is far enough to end in good order.
     static bool isUp(Process& program) {
-        return waitUntil([&] {
-                   std::ifstream status("/proc/" + std::to_string(program.id()) + "/status");
-                   std::string word;
-                   while (status >> word) {
-                       if (word == "SigCgt:" && status >> word)
-                           return (std::stoull(word, nullptr, 16) >> (SIGTERM - 1) & 1) != 0;
-                   }
-                   return !program.isRunning();
-               }) &&
+        const auto handlesTheEnd = [&] {
+            const std::string status = bytesOf("/proc/" + std::to_string(program.id()) + "/status");
+            const std::size_t caught = status.find("SigCgt:") + 7;
+            return (std::stoull(status.substr(caught), nullptr, 16) >> (SIGTERM - 1) & 1) != 0;
+        };
+        return waitUntil([&] { return !program.isRunning() || handlesTheEnd(); }) &&
                program.isRunning();
     }
 

@@ -7,18 +7,11 @@
 
 #include <csignal>
 #include <system_error>
+#include <utility>
 
 extern char** environ;
 
 namespace mossbit {
-
-namespace {
-
-int meaning(int status) {
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-} // namespace
 
 Process::Process(const std::vector<std::string>& command, const std::filesystem::path& output) {
     std::vector<char*> arguments;
@@ -42,26 +35,22 @@ Process::~Process() {
 }
 
 bool Process::isRunning() {
-    int status = 0;
-    if (m_id != 0 && waitpid(m_id, &status, WNOHANG) == m_id) {
-        m_id = 0;
-        m_status = meaning(status);
-    }
-    return m_id != 0;
+    siginfo_t end{};
+    return m_id != 0 &&
+           waitid(P_PID, static_cast<id_t>(m_id), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           end.si_pid == 0;
 }
 
 void Process::kill(int signal) {
-    if (!isRunning())
-        return;
-    ::kill(m_id, signal);
+    if (m_id != 0)
+        ::kill(m_id, signal);
     wait();
 }
 
 int Process::wait() {
     int status = 0;
-    if (m_id != 0 && waitpid(m_id, &status, 0) == m_id)
-        m_status = meaning(status);
-    m_id = 0;
+    if (m_id != 0 && waitpid(std::exchange(m_id, 0), &status, 0) > 0)
+        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return m_status;
 }
 
