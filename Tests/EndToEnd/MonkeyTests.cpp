@@ -99,24 +99,22 @@ private:
     }
 
     std::string gesture(const Desktop::Window& window) {
-        const auto button = [&] { return std::to_string(1 + below(7)) + '\n'; };
-        const std::size_t choice = below(100);
-        if (choice < 25)
-            return somewhere(window) + "click --delay 0 1\n";
-        if (choice < 45)
+        // 4 to 7 are the wheel.
+        static const Words buttons = words("1 1 1 1 1 3 3 2 4 5 6 7");
+        const std::string click = "click --delay 0 " + oneOf(buttons) + '\n';
+        const std::size_t choice = below(10);
+        if (choice < 2)
             return key();
-        if (choice < 65)
+        if (choice < 4)
             return drag(window);
-        if (choice < 75)
-            return somewhere(window) + "click --delay 0 3\n";
-        if (choice < 85)
-            return somewhere(window) + "click --delay 0 " + button();
-        if (choice < 92) {
+        if (choice < 5)
+            return somewhere(window) + "click --repeat 2 --delay 1 1\n";
+        if (choice < 6) {
             const std::string modifier = oneIn(2) ? "ctrl\n" : "shift\n";
-            return somewhere(window) + "keydown --delay 0 " + modifier + "click --delay 0 " +
-                   button() + "keyup --delay 0 " + modifier;
+            return somewhere(window) + "keydown --delay 0 " + modifier + click +
+                   "keyup --delay 0 " + modifier;
         }
-        return somewhere(window) + "click --repeat 2 --delay 1 1\n";
+        return somewhere(window) + click;
     }
 
     /// What may bring up a dialog, end the program or leave the pointer outside: a shortcut, a walk
