@@ -101,7 +101,7 @@ TEST_F(Window, SavesExportsAndComesBack) {
     EXPECT_EQ(left.channels[0].notes.size(), 2);
     EXPECT_EQ(desktop.autosave(), left);
     ASSERT_TRUE(open());
-    EXPECT_TRUE(desktop.waitForPixel(cell(74, 8), playColor));
+    EXPECT_TRUE(desktop.waitForPixel(cell(72, 4), playColor));
     EXPECT_TRUE(close());
     EXPECT_EQ(desktop.autosave(), left);
 }

@@ -116,16 +116,6 @@ void Desktop::type(const std::string& text) {
     Process({"xdotool", "type", "--delay", "0", text}).wait();
 }
 
-void Desktop::closeWindow() {
-    const auto window = activeWindow();
-    if (!window)
-        return;
-    // From the top right corner inside the frame to the middle of the box.
-    constexpr int away = 11;
-    run("mousemove " + std::to_string(window->x + window->width - away) + ' ' +
-        std::to_string(window->y - away) + " click 1");
-}
-
 std::optional<std::uint32_t> Desktop::pixel(Point point) const {
     const auto window = activeWindow();
     if (!window)

@@ -47,8 +47,8 @@ public:
     void key(const std::string& keys) { run("key " + keys); }
     /// Types ASCII text.
     void type(const std::string& text);
-    /// Presses the box that closes the window on its frame.
-    void closeWindow();
+    /// Has the window manager close the window that has the keyboard.
+    void closeWindow() { key("alt+F4"); }
 
     /// Plays xdotool's commands, one a line.
     void run(const std::string& script);
