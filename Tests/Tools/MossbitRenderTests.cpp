@@ -25,33 +25,25 @@ Outcome run(const ScratchFolder& folder, const std::string& arguments) {
     return {WEXITSTATUS(status), bytesOf(log)};
 }
 
-TEST(MossbitRender, TurnsAProjectIntoAWavFileAndSaysNothing) {
-    const ScratchFolder folder;
-    putBytes(folder / "in.mossbit", ProjectStore::encode(song({.bars = 1}).note(60, 0, 4)));
-    const Outcome outcome = run(folder, "in.mossbit out.wav");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.errors, "");
-    EXPECT_EQ(bytesOf(folder / "out.wav").size(), 352844U);
-}
-
-TEST(MossbitRender, FailsWithOneLineAndLeavesTheOldFileWhole) {
+TEST(MossbitRender, WritesASongOrSaysInOneLineWhyNot) {
     const ScratchFolder folder;
     putBytes(folder / "song.mossbit", ProjectStore::encode(song({.bars = 1}).note(60, 0, 4)));
+    const Outcome done = run(folder, "song.mossbit out.wav");
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.errors, "");
+    EXPECT_EQ(bytesOf(folder / "out.wav").size(), 352844U);
+
     putBytes(folder / "empty.mossbit", "{}");
     putBytes(folder / "broken.mossbit", "{\"tempo\" : ");
-    putBytes(folder / "wrong.mossbit", "{\"tempo\" : \"fast\"}");
     std::filesystem::create_directory(folder / "folder");
     struct Case {
         std::string arguments, mentions;
     };
     for (const Case& c : {Case{"", "usage"}, Case{"song.mossbit", "usage"},
                           Case{"song.mossbit out.wav more", "usage"},
-                          Case{"missing.mossbit out.wav", "No such file or directory"},
                           Case{"'two\nlines' out.wav", "No such file or directory"},
-                          Case{"folder out.wav", "Is a directory"},
                           Case{"empty.mossbit out.wav", "There are no notes to export yet."},
                           Case{"broken.mossbit out.wav", "line 1"},
-                          Case{"wrong.mossbit out.wav", "tempo: expected a whole number"},
                           Case{"song.mossbit missing/out.wav", "No such file or directory"},
                           Case{"song.mossbit folder", "Is a directory"},
                           Case{"song.mossbit ./song.mossbit", "the same file"}}) {
@@ -64,7 +56,7 @@ TEST(MossbitRender, FailsWithOneLineAndLeavesTheOldFileWhole) {
         EXPECT_EQ(outcome.errors.back(), '\n');
         EXPECT_EQ(bytesOf(folder / "out.wav"), "old") << c.arguments;
     }
-    EXPECT_EQ(folder.entryCount(), 7) << "a temporary file was left";
+    EXPECT_EQ(folder.entryCount(), 6) << "a temporary file was left";
 }
 
 } // namespace
