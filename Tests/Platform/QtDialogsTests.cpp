@@ -64,8 +64,8 @@ TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
          [](auto& box, auto*) { QTest::keyClick(&box, Qt::Key_Escape); }, 2},
         {QDialogButtonBox::GnomeLayout, [](auto& box, auto*) { box.close(); }, 2},
     };
-    for (const auto& [layout, answer, expected] : cases) {
-        QApplication::setStyle(new Desktop(layout));
+    for (const auto& c : cases) {
+        QApplication::setStyle(new Desktop(c.layout));
         QtDialogs dialogs;
         QWidget window;
         dialogs.setParentWindow(&window);
@@ -80,9 +80,9 @@ TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
             for (const QAbstractButton* button : buttons)
                 titles += button->text();
             EXPECT_EQ(titles, (QStringList{"Save", "Discard", "Cancel"}));
-            answer(box, buttons[1]);
+            c.answer(box, buttons[1]);
         });
-        EXPECT_EQ(dialogs.runAlert(discardPrompt), expected) << layout;
+        EXPECT_EQ(dialogs.runAlert(discardPrompt), c.expected) << c.layout;
     }
     QApplication::setStyle("fusion");
 }
@@ -97,14 +97,14 @@ TEST(QtDialogs, SavePanelCompletesTheName) {
         {FileKind::project, "ä song.mossbit", "ä song.mossbit"},
         {FileKind::wav, "new", "new.wav"},
     };
-    for (const auto& [kind, typed, expected] : cases) {
+    for (const auto& c : cases) {
         whenShown<QFileDialog>([&](QFileDialog& panel) {
             auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
-            name->setText(folder.filePath(QString::fromUtf8(typed)));
+            name->setText(folder.filePath(QString::fromUtf8(c.typed)));
             QTest::keyClick(name, Qt::Key_Return);
         });
-        EXPECT_EQ(QtDialogs().runSavePanel(kind, "Untitled.mossbit"),
-                  folder.filePath(QString::fromUtf8(expected)).toStdString());
+        EXPECT_EQ(QtDialogs().runSavePanel(c.kind, "Untitled.mossbit"),
+                  folder.filePath(QString::fromUtf8(c.expected)).toStdString());
     }
 }
 
