@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/AtomicFile.h"
 #include "Platform/Dialogs.h"
 #include "Platform/SystemLog.h"
 
@@ -8,7 +7,6 @@
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -63,31 +61,6 @@ public:
     std::vector<std::string> lines;
 
     void write(std::string_view line) override { lines.emplace_back(line); }
-};
-
-/// Hands writes on to a real file and records them, or fails in its place.
-class RecordingAtomicFile : public AtomicFile {
-public:
-    explicit RecordingAtomicFile(AtomicFile& real) : m_real(real) {}
-
-    /// In turn, the failed ones too.
-    std::vector<std::filesystem::path> written;
-    /// An error number that every write ends with, or 0.
-    int failure = 0;
-
-    void write(const std::filesystem::path& path, std::string_view bytes) override {
-        written.push_back(path);
-        if (failure != 0)
-            throw std::system_error(failure, std::generic_category());
-        m_real.write(path, bytes);
-    }
-
-    void removeLeftovers(const std::filesystem::path& folder) noexcept override {
-        m_real.removeLeftovers(folder);
-    }
-
-private:
-    AtomicFile& m_real;
 };
 
 } // namespace mossbit

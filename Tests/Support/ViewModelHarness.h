@@ -9,18 +9,43 @@
 #include "Tests/Support/SongBuilder.h"
 #include "ViewModels/ProjectViewModel.h"
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
+#include <system_error>
 
 namespace mossbit {
+
+/// Records its writes, or fails in their place.
+class RecordingAtomicFile : public AtomicFile {
+public:
+    /// In turn, the failed ones too.
+    std::vector<std::filesystem::path> written;
+    /// An error number that every write ends with, or 0.
+    int failure = 0;
+
+    void write(const std::filesystem::path& path, std::string_view bytes) override {
+        written.push_back(path);
+        if (failure != 0)
+            throw std::system_error(failure, std::generic_category());
+        m_real.write(path, bytes);
+    }
+
+    void removeLeftovers(const std::filesystem::path& folder) noexcept override {
+        m_real.removeLeftovers(folder);
+    }
+
+private:
+    PosixAtomicFile m_real;
+};
 
 /// Everything that a view model needs, with its files in a scratch folder.
 struct ViewModelHarness {
     ScratchFolder folder;
     FakeMainLoop loop;
     FakeDialogs dialogs;
-    PosixAtomicFile realFiles;
-    RecordingAtomicFile files{realFiles};
+    RecordingAtomicFile files;
     FakeAudioOutput output;
     FakeSystemLog log;
     std::filesystem::path autosave = folder / "Autosave.mossbit";
@@ -50,7 +75,7 @@ struct ViewModelHarness {
 
     /// Writes a project file and returns where.
     std::filesystem::path store(const char* name, const Project& project) {
-        realFiles.write(folder / name, ProjectStore::encode(project));
+        putBytes(folder / name, ProjectStore::encode(project));
         return folder / name;
     }
 
@@ -58,6 +83,14 @@ private:
     void listen(ProjectViewModel& model, void (ProjectViewModel::*field)(), const char* name) {
         QObject::connect(&model, field, &model, [this, name] { ++heard[name]; });
     }
+};
+
+/// A test that begins with a new document.
+struct ViewModelTest : testing::Test {
+    ViewModelHarness harness;
+    std::unique_ptr<ProjectViewModel> model = harness.start(Project());
+
+    static Project saved(const std::filesystem::path& file) { return ProjectStore::read(file); }
 };
 
 } // namespace mossbit
