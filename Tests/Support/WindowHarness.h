@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ViewModelHarness.h"
 #include "Tests/Support/WidgetProbes.h"
+#include "UI/Theme.h"
 #include "Views/MainView.h"
 #include "Views/PianoRollView.h"
 
@@ -21,6 +22,7 @@ struct WindowHarness {
 
     explicit WindowHarness(const Project& project = {}, QSize extent = MainView::preferredExtent)
         : vm(system.start(project)), view(*vm) {
+        applyTheme(*qApp);
         view.resize(extent);
         view.show();
         view.activateWindow();
@@ -47,9 +49,7 @@ struct WindowHarness {
         throw std::out_of_range(name.toStdString());
     }
 
-    void press(const QPointF& point, Qt::KeyboardModifiers modifiers = {}) {
-        sendMouse(canvas(), QEvent::MouseButtonPress, point, Qt::LeftButton, modifiers);
-    }
+    void press(const QPointF& point) { sendMouse(canvas(), QEvent::MouseButtonPress, point); }
     void drag(const QPointF& point) { sendMouse(canvas(), QEvent::MouseMove, point); }
     void release(const QPointF& point) { sendMouse(canvas(), QEvent::MouseButtonRelease, point); }
 };
