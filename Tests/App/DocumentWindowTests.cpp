@@ -2,69 +2,68 @@
 
 #include "Tests/Support/ViewModelHarness.h"
 
-#include <gtest/gtest.h>
-
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QDropEvent>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
 #include <QWindow>
 
+#include <stdexcept>
+#include <string>
+#include <vector>
+
 namespace mossbit {
 namespace {
 
-struct Window {
-    ViewModelHarness harness;
-    std::unique_ptr<ProjectViewModel> vm = harness.start();
-    DocumentWindow window{*vm};
+struct ShownWindow : ViewModelTest {
+    DocumentWindow window{*model};
 
-    Window() {
+    void SetUp() override {
         window.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
 };
 
-TEST(DocumentWindow, IsTitledWithTheDocument) {
-    Window shown;
-    const auto title = [&] { return shown.window.windowHandle()->title().toStdString(); };
-    for (const char* name : {"my.song", "[*] & <b>", "[*][*]"}) {
-        shown.harness.dialogs.saveAnswers = {shown.harness.folder /
-                                             (std::string(name) + ".mossbit")};
-        shown.vm->saveAs();
+TEST_F(ShownWindow, IsTitledWithTheDocument) {
+    const auto title = [&] { return window.windowHandle()->title().toStdString(); };
+    for (const std::string name : {"[*] & <b>", "[*][*]"}) {
+        harness.dialogs.saveAnswers = {harness.folder / (name + ".mossbit")};
+        model->saveAs();
         EXPECT_EQ(title(), name);
-        shown.vm->addNote(61, 0);
-        EXPECT_EQ(title(), std::string(name) + " •");
+        model->addNote(61, 0);
+        EXPECT_EQ(title(), name + " •");
     }
 }
 
-TEST(DocumentWindow, LeavesTheKeyboardToAnOpenDialog) {
-    Window shown;
-    QDialog dialog(&shown.window);
+TEST_F(ShownWindow, LeavesTheKeyboardToAnOpenDialog) {
+    QDialog dialog(&window);
     dialog.open();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
-    shown.window.bringToFront();
+    window.bringToFront();
     QCoreApplication::processEvents();
     EXPECT_TRUE(dialog.isActiveWindow());
 }
 
-TEST(DocumentWindow, AsksBeforeClosingOnlyWhereNothingBringsTheWorkBack) {
-    for (const bool asks : {false, true}) {
-        Window shown;
-        shown.window.setAsksBeforeClosing(asks);
-        shown.vm->addNote(60, 0);
-        EXPECT_EQ(shown.window.close(), !asks);
-        EXPECT_EQ(shown.harness.dialogs.takeShown().size(), asks ? 1 : 0);
-        shown.harness.dialogs.alertAnswers = {1};
-        EXPECT_TRUE(shown.window.close());
-    }
+TEST_F(ShownWindow, AsksBeforeClosingOnlyWhereNothingBringsTheWorkBack) {
+    model->addNote(60, 0);
+    EXPECT_TRUE(window.close());
+    EXPECT_TRUE(harness.dialogs.shown.empty());
+    window.setAsksBeforeClosing(true);
+    window.show();
+    EXPECT_FALSE(window.close());
+    harness.dialogs.alertAnswers = {1};
+    EXPECT_TRUE(window.close());
+    EXPECT_EQ(harness.dialogs.shown.size(), 2U);
 }
 
-TEST(DocumentWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
-    Window shown;
-    QSignalSpy dropped(&shown.window, &DocumentWindow::fileDropped);
+TEST_F(ShownWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
+    QSignalSpy dropped(&window, &DocumentWindow::fileDropped);
     QMimeData files;
     files.setUrls({QUrl::fromLocalFile("/a b.mossbit"), QUrl::fromLocalFile("/c.mossbit")});
     QMimeData text;
@@ -72,13 +71,78 @@ TEST(DocumentWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
     for (const QMimeData* data : {&files, &text}) {
         QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, data, Qt::LeftButton, {});
         enter.setAccepted(false);
-        QApplication::sendEvent(&shown.window, &enter);
+        QApplication::sendEvent(&window, &enter);
         EXPECT_EQ(enter.isAccepted(), data == &files);
     }
     QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &files, Qt::LeftButton, {});
-    QApplication::sendEvent(&shown.window, &drop);
+    QApplication::sendEvent(&window, &drop);
     ASSERT_EQ(dropped.size(), 1);
     EXPECT_EQ(dropped[0][0].toString(), "file:///a%20b.mossbit");
+}
+
+struct MenuBar : ShownWindow {
+    QAction& item(const QString& title) {
+        for (const QAction* menu : window.menuBar()->actions())
+            for (QAction* action : menu->menu()->actions())
+                if (action->text() == title)
+                    return *action;
+        throw std::runtime_error("no item " + title.toStdString());
+    }
+};
+
+/// "menu: title [shortcut] …" with "-" for a separator.
+std::string content(const QMenu& menu) {
+    QString text = menu.title().remove('&') + ':';
+    for (const QAction* action : menu.actions()) {
+        const QString keys = QKeySequence::listToString(action->shortcuts());
+        text += ' ' + (action->isSeparator() ? QString('-') : action->text());
+        text += keys.isEmpty() ? QString() : QString(" [%1]").arg(keys);
+    }
+    return text.toStdString();
+}
+
+TEST_F(MenuBar, ListsItsItemsWithTheirKeys) {
+    std::vector<std::string> menus;
+    for (const QAction* action : window.menuBar()->actions())
+        menus.push_back(content(*action->menu()));
+    EXPECT_EQ(menus,
+              (std::vector<std::string>{
+                  "File: New [Ctrl+N] Open… [Ctrl+O] - Save [Ctrl+S] Save As… [Ctrl+Shift+S] - "
+                  "Export WAV… [Ctrl+E] - Close [Ctrl+W] Quit [Ctrl+Q]",
+                  "Edit: Undo [Ctrl+Z] Redo [Ctrl+Shift+Z] - Delete Note [Backspace; Del] "
+                  "Select All Notes [Ctrl+A]",
+                  "Playback: Play [Space] Toggle Loop [Ctrl+L] - Select PULSE 1 [Ctrl+1] "
+                  "Select PULSE 2 [Ctrl+2] Select WAVE [Ctrl+3] Select NOISE [Ctrl+4]",
+                  "Help: About Mossbit"}));
+}
+
+TEST_F(MenuBar, DimsWhatCannotBeDone) {
+    const auto enabled = [&] {
+        std::string titles;
+        for (const char* title : {"Undo", "Redo", "Delete Note", "Select All Notes", "Play"})
+            titles += item(title).isEnabled() ? std::string(title) + ", " : "";
+        return titles;
+    };
+    EXPECT_EQ(enabled(), "Select All Notes, Play, ");
+    model->addNote(60, 0);
+    EXPECT_EQ(enabled(), "Undo, Delete Note, Select All Notes, Play, ");
+    model->setEditingText(true);
+    EXPECT_EQ(enabled(), "Undo, ");
+    model->setEditingText(false);
+    model->undo();
+    EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
+}
+
+TEST_F(MenuBar, FileItemsReachTheViewModel) {
+    model->addNote(60, 0);
+    for (const char* title : {"Save", "Save As…", "Export WAV…", "New", "Open…"})
+        item(title).trigger();
+    const std::string prompt = "alert Save changes to Untitled?";
+    EXPECT_EQ(harness.dialogs.takeShown(),
+              (std::vector<std::string>{"save Untitled.mossbit", "save Untitled.mossbit",
+                                        "save wav Untitled.wav", prompt, prompt}));
+    item("Close").trigger();
+    EXPECT_FALSE(window.isVisible());
 }
 
 } // namespace
