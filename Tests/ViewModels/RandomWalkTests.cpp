@@ -1,8 +1,6 @@
 #include "Tests/Support/ViewModelHarness.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <random>
@@ -16,23 +14,18 @@ public:
     explicit Walk(unsigned seed) : m_random(seed), m_model(m_harness.start(Project())) {}
 
     void step() {
-        switch (roll(0, 19)) {
-        case 0:
-            return move(-1);
-        case 1:
-            return move(1);
-        case 2:
-            return m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3)));
-        case 3:
-            return m_model->selectAll();
-        case 4:
-            return select();
-        case 5:
-            return saveOrReopen();
-        default:
-            if (edit())
-                record();
-        }
+        const std::function<void()> others[] = {
+            [this] { move(-1); },
+            [this] { move(1); },
+            [this] { m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3))); },
+            [this] { m_model->selectAll(); },
+            [this] { select(); },
+            [this] { saveOrReopen(); }};
+        const auto choice = static_cast<std::size_t>(roll(0, 19));
+        if (choice < std::size(others))
+            others[choice]();
+        else if (edit())
+            record();
     }
 
     void check() {
@@ -63,11 +56,14 @@ private:
         return std::uniform_int_distribution<std::int64_t>(low, high)(m_random);
     }
 
+    template <typename Options>
+    auto oneOf(const Options& options) {
+        return options[static_cast<std::size_t>(roll(0, std::ssize(options) - 1))];
+    }
+
     Uuid someNote() {
         const auto& notes = m_model->selectedChannel().notes;
-        if (notes.empty() || roll(0, 9) == 0)
-            return Uuid::random();
-        return notes[static_cast<std::size_t>(roll(0, std::ssize(notes) - 1))].id;
+        return notes.empty() || roll(0, 9) == 0 ? Uuid::random() : oneOf(notes).id;
     }
 
     std::int64_t somePitch() {
@@ -78,42 +74,31 @@ private:
     bool edit() {
         const Project before = project();
         const int channel = static_cast<int>(roll(0, 3));
-        const auto change = roll(0, 12);
-        const std::array<std::function<void()>, 7> settings = {
+        bool alwaysLeavesStep = false;
+        const std::function<void()> edits[] = {
             [&] { m_model->setTempo(roll(0, 400)); },
             [&] { m_model->setBars(roll(0, 17)); },
-            [&] { m_model->setGrid(allGridDivisions[static_cast<std::size_t>(roll(0, 2))]); },
+            [&] { m_model->setGrid(oneOf(allGridDivisions)); },
             [&] { m_model->setVolume(roll(-3, 20), channel); },
-            [&] { m_model->setDuty(allDuties[static_cast<std::size_t>(roll(0, 3))], channel); },
+            [&] { m_model->setDuty(oneOf(allDuties), channel); },
+            [&] { m_model->setWavePreset(oneOf(allWavePresets), channel); },
+            [&] { roll(0, 1) == 0 ? m_model->toggleLoop() : m_model->toggleMute(channel); },
             [&] {
-                m_model->setWavePreset(allWavePresets[static_cast<std::size_t>(roll(0, 2))],
-                                       channel);
+                if (roll(0, 4) == 0)
+                    m_model->deleteSelection();
             },
-            [&] { roll(0, 1) == 0 ? m_model->toggleLoop() : m_model->toggleMute(channel); }};
-        switch (change) {
-        case 7:
-            m_model->deleteNote(someNote());
-            return true;
-        case 8:
-            if (roll(0, 4) == 0) {
-                const bool any = !m_model->selection().empty();
-                m_model->deleteSelection();
-                return any;
-            }
-            return false;
-        case 9:
-            drag();
-            return true;
-        default:
-            change < 7 ? settings[static_cast<std::size_t>(change)]()
-                       : m_model->addNote(somePitch(), roll(-5, 300));
-        }
-        return project() != before;
+            [&] {
+                alwaysLeavesStep = true;
+                roll(0, 1) == 0 ? m_model->deleteNote(someNote()) : drag(someNote());
+            },
+            [&] { m_model->addNote(somePitch(), roll(-5, 300)); }};
+        // Adding is the likeliest, or there would soon be nothing left.
+        edits[std::min(static_cast<std::size_t>(roll(0, 11)), std::size(edits) - 1)]();
+        return alwaysLeavesStep || project() != before;
     }
 
-    void drag() {
+    void drag(const Uuid& id) {
         m_model->pushUndo();
-        const Uuid id = someNote();
         for (int movement = 0; movement < 5; ++movement) {
             const std::int64_t start = roll(0, project().totalTicks() - 1);
             m_model->updateNote(id, {.pitch = somePitch(),
@@ -155,7 +140,7 @@ private:
     void record() {
         m_history.resize(m_place + 1);
         m_history.push_back(project());
-        if (m_history.size() > 201)
+        if (m_history.size() > ProjectViewModel::undoLimit + 1)
             m_history.pop_front();
         m_place = m_history.size() - 1;
     }
