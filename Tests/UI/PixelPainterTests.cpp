@@ -13,18 +13,19 @@
 namespace mossbit {
 namespace {
 
-/// What `draw` leaves on black.
-QImage drawn(double ratio, const std::function<void(QPainter&, PixelPainter&)>& draw) {
+/// What `draw` leaves on black when all is moved by `shift`.
+QImage drawn(double ratio, const std::function<void(PixelPainter&)>& draw, QPointF shift = {}) {
     QImage image(QSize(40, 40) * ratio, QImage::Format_RGB32);
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::black);
     QPainter painter(&image);
+    painter.translate(shift);
     PixelPainter pixels(painter);
-    draw(painter, pixels);
+    draw(pixels);
     return image;
 }
 
-/// How many pixels of a row or column of pixels are lit.
+/// How many pixels of a row of pixels are lit.
 int litInRow(const QImage& image, int y) {
     int lit = 0;
     for (int x = 0; x < image.width(); ++x)
@@ -35,7 +36,7 @@ int litInRow(const QImage& image, int y) {
 TEST(PixelPainter, DrawsLinesOfWholePixelsAtAnyRatio) {
     for (const auto& [ratio, thickness] : {std::pair{1.0, 1}, {1.25, 1}, {1.5, 2}, {2.0, 2}}) {
         for (int x = 3; x < 12; ++x) {
-            const QImage image = drawn(ratio, [x](QPainter&, PixelPainter& pixels) {
+            const QImage image = drawn(ratio, [x](PixelPainter& pixels) {
                 pixels.pixelBorder(QRectF(x, 5, 20, 20), Qt::white);
             });
             const int middle = static_cast<int>(15 * ratio);
@@ -46,11 +47,11 @@ TEST(PixelPainter, DrawsLinesOfWholePixelsAtAnyRatio) {
 
 TEST(PixelPainter, JoinsNeighboursWithoutSeamsOrOverlap) {
     for (const double ratio : {1.0, 1.25, 1.5, 2.0}) {
-        const QImage image = drawn(ratio, [](QPainter& painter, PixelPainter& pixels) {
-            painter.translate(0.3, 0.7);
+        const auto neighbours = [](PixelPainter& pixels) {
             for (int i = 0; i < 9; ++i)
                 pixels.fill({i * 3.3, 2, 3.3, 30}, QColor(255, 255, 255, 100));
-        });
+        };
+        const QImage image = drawn(ratio, neighbours, {0.3, 0.7});
         const QColor first = image.pixelColor(3, 20);
         for (int x = 3; x < static_cast<int>(29 * ratio); ++x)
             ASSERT_EQ(image.pixelColor(x, 20), first) << ratio << " at " << x;
@@ -58,7 +59,7 @@ TEST(PixelPainter, JoinsNeighboursWithoutSeamsOrOverlap) {
 }
 
 TEST(PixelPainter, DrawsIconsCellByCell) {
-    const QImage image = drawn(2, [](QPainter&, PixelPainter& pixels) {
+    const QImage image = drawn(2, [](PixelPainter& pixels) {
         pixels.icon({.glyph = PixelGlyph::play, .color = Qt::white}, {3, 4});
     });
     for (int row = 0; row < 7; ++row)
