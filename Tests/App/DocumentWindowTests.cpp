@@ -90,32 +90,6 @@ struct MenuBar : ShownWindow {
     }
 };
 
-/// "menu: title [shortcut] …" with "-" for a separator.
-std::string content(const QMenu& menu) {
-    QString text = menu.title().remove('&') + ':';
-    for (const QAction* action : menu.actions()) {
-        const QString keys = QKeySequence::listToString(action->shortcuts());
-        text += ' ' + (action->isSeparator() ? QString('-') : action->text());
-        text += keys.isEmpty() ? QString() : QString(" [%1]").arg(keys);
-    }
-    return text.toStdString();
-}
-
-TEST_F(MenuBar, ListsItsItemsWithTheirKeys) {
-    std::vector<std::string> menus;
-    for (const QAction* action : window.menuBar()->actions())
-        menus.push_back(content(*action->menu()));
-    EXPECT_EQ(menus,
-              (std::vector<std::string>{
-                  "File: New [Ctrl+N] Open… [Ctrl+O] - Save [Ctrl+S] Save As… [Ctrl+Shift+S] - "
-                  "Export WAV… [Ctrl+E] - Close [Ctrl+W] Quit [Ctrl+Q]",
-                  "Edit: Undo [Ctrl+Z] Redo [Ctrl+Shift+Z] - Delete Note [Backspace; Del] "
-                  "Select All Notes [Ctrl+A]",
-                  "Playback: Play [Space] Toggle Loop [Ctrl+L] - Select PULSE 1 [Ctrl+1] "
-                  "Select PULSE 2 [Ctrl+2] Select WAVE [Ctrl+3] Select NOISE [Ctrl+4]",
-                  "Help: About Mossbit"}));
-}
-
 TEST_F(MenuBar, DimsWhatCannotBeDone) {
     const auto enabled = [&] {
         std::string titles;
