@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <limits>
+#include <tuple>
 
 namespace mossbit {
 namespace {
@@ -11,32 +12,24 @@ using Selection = ProjectViewModel::Selection;
 using Editing = ViewModelTest;
 
 TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
-    constexpr std::int64_t nothing = -1;
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    struct Case {
-        GridDivision grid;
-        std::int64_t start, storedStart, storedLength;
-    };
-    for (const Case& c : {Case{GridDivision::quarter, 7, 4, 4},
-                          {GridDivision::quarter, 63, 60, 4},
-                          {GridDivision::quarter, 64, nothing, 0},
-                          {GridDivision::eighth, 3, 2, 2},
-                          {GridDivision::sixteenth, -5, 0, 1},
-                          {GridDivision::sixteenth, most, nothing, 0}}) {
-        model = harness.start(song({.grid = c.grid}).note(60, 0, 64));
-        model->addNote(61, c.start);
-        if (c.storedStart == nothing) {
-            EXPECT_EQ(model->selectedChannel().notes.size(), 1U);
-            EXPECT_FALSE(model->canUndo() || model->hasUnsavedChanges());
-            continue;
-        }
+    using enum GridDivision;
+    using Case = std::tuple<GridDivision, std::int64_t, std::int64_t, std::int64_t>;
+    for (const auto& [grid, start, storedStart, storedLength] :
+         {Case{quarter, 7, 4, 4}, Case{quarter, 63, 60, 4}, Case{eighth, 3, 2, 2},
+          Case{sixteenth, -5, 0, 1}}) {
+        model = harness.start(song({.grid = grid}).note(60, 0, 64));
+        model->addNote(61, start);
         ASSERT_EQ(model->selectedChannel().notes.size(), 2U);
         const Note& added = model->selectedChannel().notes[1];
-        EXPECT_EQ(added.pitch, 61);
-        EXPECT_EQ(added.start, c.storedStart);
-        EXPECT_EQ(added.length, c.storedLength);
+        EXPECT_EQ(
+            added,
+            (Note{.id = added.id, .pitch = 61, .start = storedStart, .length = storedLength}));
         EXPECT_EQ(model->selection(), Selection{added.id});
     }
+    model = harness.start(Project());
+    model->addNote(60, 64);
+    model->addNote(60, std::numeric_limits<std::int64_t>::max());
+    EXPECT_FALSE(model->project().hasNotes() || model->canUndo() || model->hasUnsavedChanges());
 }
 
 TEST_F(Editing, UpdatesOnlyTheFieldsGivenAndRecordsNoStep) {
