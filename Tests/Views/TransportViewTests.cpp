@@ -70,18 +70,12 @@ TEST(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
 
 TEST(TransportView, DrivesTheModelAndShowsIt) {
     WindowHarness window;
-    auto& play = window.control("Play");
-    EXPECT_EQ(colorAt(render(play, 1), {4, 4}), Palette::panel);
-    play.click();
-    EXPECT_TRUE(window.vm->isPlaying());
-    EXPECT_EQ(colorAt(render(play, 1), {4, 4}), QColor(242, 212, 92));
-    for (const char* name : {"Decrease tempo", "Loop", "Bars 16", "Grid 1/8"})
+    for (const char* name : {"Play", "Decrease tempo", "Loop", "Bars 16", "Grid 1/8"})
         window.control(name).click();
-    const Project& project = window.vm->project();
-    EXPECT_EQ(project.tempo, 119);
-    EXPECT_FALSE(project.loop);
-    EXPECT_EQ(project.bars, 16);
-    EXPECT_EQ(project.grid, GridDivision::eighth);
+    EXPECT_TRUE(window.vm->isPlaying());
+    EXPECT_EQ(
+        window.vm->project(),
+        Project(song({.tempo = 119, .bars = 16, .loop = false, .grid = GridDivision::eighth})));
     EXPECT_TRUE(window.control("Bars 16").isChecked());
     EXPECT_FALSE(window.control("Bars 4").isChecked());
     for (const double zoom : {0.75, 0.6, 0.6}) {
