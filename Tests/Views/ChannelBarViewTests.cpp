@@ -14,19 +14,17 @@ TEST(ChannelBarView, SelectsTheCardThatIsClicked) {
     ChannelBarView& bar = window.view.channelBar();
     click(bar.card(2), {60, 60});
     EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
-    const QColor accent = Palette::accent(ChannelKind::wave);
     const QImage image = render(bar, 1);
-    for (const std::size_t i : {0U, 2U}) {
-        const bool selected = i == 2;
-        const QPointF corner = bar.card(i).pos();
-        EXPECT_EQ(colorAt(image, corner + QPointF(5, 40)),
-                  selected ? Palette::background : Palette::panel);
-        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(50, 1)),
-                           selected ? accent : QColor(Palette::panel)));
-        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(0, 40)),
-                           selected ? over(Palette::background, withOpacity(accent, 0.6))
-                                    : QColor(Palette::line)));
-    }
+    const auto expectColors = [&](std::size_t card, QColor face, QColor top, QColor border) {
+        const QPointF corner = bar.card(card).pos();
+        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(5, 40)), face)) << card;
+        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(50, 1)), top)) << card;
+        EXPECT_TRUE(isNear(colorAt(image, corner + QPointF(0, 40)), border)) << card;
+    };
+    const QColor accent = Palette::accent(ChannelKind::wave);
+    expectColors(0, Palette::panel, Palette::panel, Palette::line);
+    expectColors(2, Palette::background, accent,
+                 over(Palette::background, withOpacity(accent, 0.6)));
 }
 
 TEST(ChannelBarView, MutesWithoutSelecting) {
