@@ -15,13 +15,10 @@ public:
 
     void step() {
         const std::function<void()> others[] = {
-            [this] { move(-1); },
-            [this] { move(1); },
+            [this] { move(-1); }, [this] { move(1); },
             [this] { m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3))); },
-            [this] { m_model->selectAll(); },
-            [this] { select(); },
-            [this] { saveOrReopen(); }};
-        const auto choice = static_cast<std::size_t>(roll(0, 19));
+            [this] { m_model->selectAll(); }, [this] { saveOrReopen(); }};
+        const auto choice = static_cast<std::size_t>(roll(0, 15));
         if (choice < std::size(others))
             others[choice]();
         else if (edit())
@@ -105,14 +102,6 @@ private:
                                      .start = start,
                                      .length = roll(1, project().totalTicks() - start)});
         }
-    }
-
-    void select() {
-        ProjectViewModel::Selection selection;
-        for (const Note& note : m_model->selectedChannel().notes)
-            if (roll(0, 2) == 0)
-                selection.insert(note.id);
-        m_model->setSelection(std::move(selection));
     }
 
     void saveOrReopen() {
