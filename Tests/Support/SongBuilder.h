@@ -3,26 +3,15 @@
 #include "Models/Project.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace mossbit {
-
-struct SongSettings {
-    std::int64_t tempo = 120;
-    std::int64_t bars = 4;
-    bool loop = true;
-    GridDivision grid = GridDivision::sixteenth;
-};
 
 /// Builds a project for a test: `song({.bars = 1}).note(60, 0, 4).on(ChannelKind::noise).note(0, 4,
 /// 1)`.
 class SongBuilder {
 public:
-    explicit SongBuilder(const SongSettings& settings) {
-        m_project.tempo = settings.tempo;
-        m_project.bars = settings.bars;
-        m_project.loop = settings.loop;
-        m_project.grid = settings.grid;
-    }
+    explicit SongBuilder(Project project) : m_project(std::move(project)) {}
 
     /// The channel that the following calls are about; the first pulse channel at the beginning.
     SongBuilder& on(ChannelKind kind) {
@@ -51,8 +40,8 @@ private:
     std::size_t m_channel = 0;
 };
 
-inline SongBuilder song(const SongSettings& settings = {}) {
-    return SongBuilder(settings);
+inline SongBuilder song(Project project = {}) {
+    return SongBuilder(std::move(project));
 }
 
 } // namespace mossbit

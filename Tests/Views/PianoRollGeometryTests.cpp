@@ -1,7 +1,5 @@
 #include "Views/PianoRollGeometry.h"
 
-#include "Tests/Support/SongBuilder.h"
-
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -9,15 +7,10 @@
 namespace mossbit {
 namespace {
 
-PianoRollGeometry geometry(const SongSettings& settings, ChannelKind kind = ChannelKind::pulse1,
-                           QSizeF pane = {1000, 500}, double zoom = 1) {
-    return PianoRollGeometry(Project(song(settings)), kind, pane, zoom);
-}
-
 /// A grid with ticks of that many points.
-PianoRollGeometry gridOf(double cellWidth, const SongSettings& settings = {.bars = 1},
+PianoRollGeometry gridOf(double cellWidth, const Project& project = {.bars = 1},
                          ChannelKind kind = ChannelKind::pulse1) {
-    PianoRollGeometry grid = geometry(settings, kind);
+    PianoRollGeometry grid(project, kind, {1000, 500}, 1);
     grid.cellWidth = cellWidth;
     return grid;
 }
@@ -32,11 +25,11 @@ TEST(PianoRollGeometry, FitsThePaneUnlessTicksOrDrumsGetTooNarrow) {
          {Case{1, 266, 1.0, 12.5}, Case{1, 100, 1, 12.5}, Case{16, 1000, 1, 9},
           Case{16, 1000, 2, 18}, Case{4, 1090, 0.6, 9.6}}) {
         const QSizeF pane(paneWidth, 500);
-        const auto grid = geometry({.bars = bars}, ChannelKind::pulse1, pane, zoom);
+        const PianoRollGeometry grid({.bars = bars}, ChannelKind::pulse1, pane, zoom);
         EXPECT_DOUBLE_EQ(grid.cellWidth, cellWidth);
     }
     for (const auto& [paneHeight, rowHeight] : {std::pair{120.0, 46.0}, {400.0, 100.0}}) {
-        const auto drums = geometry({}, ChannelKind::noise, {1000, paneHeight});
+        const PianoRollGeometry drums({}, ChannelKind::noise, {1000, paneHeight}, 1);
         EXPECT_DOUBLE_EQ(drums.rowHeight, rowHeight);
     }
 }

@@ -73,9 +73,8 @@ TEST(TransportView, DrivesTheModelAndShowsIt) {
     for (const char* name : {"Play", "Decrease tempo", "Loop", "Bars 16", "Grid 1/8"})
         window.control(name).click();
     EXPECT_TRUE(window.vm->isPlaying());
-    EXPECT_EQ(
-        window.vm->project(),
-        Project(song({.tempo = 119, .bars = 16, .loop = false, .grid = GridDivision::eighth})));
+    EXPECT_EQ(window.vm->project(),
+              (Project{.tempo = 119, .bars = 16, .grid = GridDivision::eighth, .loop = false}));
     EXPECT_TRUE(window.control("Bars 16").isChecked());
     EXPECT_FALSE(window.control("Bars 4").isChecked());
     for (const double zoom : {0.75, 0.6, 0.6}) {
