@@ -31,7 +31,13 @@ TEST(TempoField, TakesWholeNumbersAndIgnoresTheRest) {
 
 TEST(TempoField, CommitsWhenWhoBorrowedTheKeyboardPassesItOn) {
     WindowHarness window;
-    const TempoField& field = typeTempo(window, "150");
+    TempoField& field = typeTempo(window, "150");
+    for (const Qt::FocusReason reason :
+         {Qt::PopupFocusReason, Qt::MenuBarFocusReason, Qt::ActiveWindowFocusReason}) {
+        QFocusEvent lent(QEvent::FocusOut, reason);
+        QApplication::sendEvent(&field, &lent);
+        EXPECT_TRUE(field.isVisible()) << reason;
+    }
     QMenuBar menuBar(&window.view);
     menuBar.setFocus(Qt::MenuBarFocusReason);
     EXPECT_TRUE(field.isVisible());
