@@ -18,7 +18,7 @@ public:
             [this] { move(-1); }, [this] { move(1); },
             [this] { m_model->setSelectedChannelIndex(static_cast<int>(roll(0, 3))); },
             [this] { m_model->selectAll(); }, [this] { saveOrReopen(); }};
-        const auto choice = static_cast<std::size_t>(roll(0, 15));
+        const auto choice = static_cast<std::size_t>(roll(0, 24));
         if (choice < std::size(others))
             others[choice]();
         else if (edit())
