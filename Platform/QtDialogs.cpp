@@ -74,7 +74,9 @@ QtDialogs::runSavePanel(FileKind kind, const std::filesystem::path& proposal) {
     panel.selectFile(QFile::decodeName(proposal.filename().c_str()));
     while (const auto chosen = run(panel, m_folder)) {
         const std::filesystem::path file = withExtension(*chosen, kind);
-        if (file == *chosen || !std::filesystem::exists(file))
+        // What cannot even be looked up is for the write to report.
+        std::error_code error;
+        if (file == *chosen || !std::filesystem::exists(file, error))
             return file;
         // The panel asked about another name; it asks about this one when it is confirmed.
         panel.selectFile(QFile::decodeName(file.filename().c_str()));

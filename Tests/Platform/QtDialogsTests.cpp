@@ -89,22 +89,25 @@ TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
 
 TEST(QtDialogs, SavePanelCompletesTheName) {
     const QTemporaryDir folder;
+    // Longer than names can be, once it has the extension; for the write to report.
+    const std::string longName = std::string(247, 'a') + "1.2";
     const struct {
         FileKind kind;
-        const char *typed, *expected;
+        std::string typed, expected;
     } cases[] = {
         {FileKind::project, "new", "new.mossbit"},
+        {FileKind::project, longName, longName + ".mossbit"},
         {FileKind::project, "ä song.mossbit", "ä song.mossbit"},
         {FileKind::wav, "new", "new.wav"},
     };
     for (const auto& c : cases) {
         whenShown<QFileDialog>([&](QFileDialog& panel) {
             auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
-            name->setText(folder.filePath(QString::fromUtf8(c.typed)));
+            name->setText(folder.filePath(QString::fromStdString(c.typed)));
             QTest::keyClick(name, Qt::Key_Return);
         });
         EXPECT_EQ(QtDialogs().runSavePanel(c.kind, "Untitled.mossbit"),
-                  folder.filePath(QString::fromUtf8(c.expected)).toStdString());
+                  folder.filePath(QString::fromStdString(c.expected)).toStdString());
     }
 }
 
