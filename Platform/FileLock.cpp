@@ -2,21 +2,14 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 
 namespace mossbit {
 
 FileLock::FileLock(const std::filesystem::path& file)
-    : m_descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-    if (m_descriptor >= 0)
-        m_isTaken = flock(m_descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-}
-
-FileLock::~FileLock() {
-    if (m_descriptor >= 0)
-        close(m_descriptor);
-}
+    : m_file(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)),
+      m_isTaken(m_file && ::flock(m_file.number(), LOCK_EX | LOCK_NB) != 0 &&
+                errno == EWOULDBLOCK) {}
 
 } // namespace mossbit

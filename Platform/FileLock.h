@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Descriptor.h"
+
 #include <filesystem>
 
 namespace mossbit {
@@ -10,17 +12,14 @@ class FileLock {
 public:
     /// Makes `file` if need be. Never waits.
     explicit FileLock(const std::filesystem::path& file);
-    ~FileLock();
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
 
     /// Whether another process, or another lock here, had claimed it first. Where no lock can be
     /// made, nobody has.
     bool isTaken() const { return m_isTaken; }
 
 private:
-    int m_descriptor = -1;
-    bool m_isTaken = false;
+    Descriptor m_file;
+    bool m_isTaken;
 };
 
 } // namespace mossbit

@@ -1,5 +1,7 @@
 #include "Platform/PosixAtomicFile.h"
 
+#include "Platform/Descriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -9,7 +11,6 @@
 #include <random>
 #include <string>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -39,23 +40,6 @@ auto uninterrupted(Call call) {
         result = call();
     return result;
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
-    ~Descriptor() {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-
-    explicit operator bool() const { return m_number >= 0; }
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
 
 /// Not made from the target's name, which may already be as long as names can be.
 std::string temporaryName() {
@@ -123,11 +107,16 @@ public:
         struct stat now {};
         if (::fstat(m_file.number(), &now) != 0)
             fail(errno, m_path);
-        // Only the superuser can give files away; for others the file becomes the user's own.
-        if (now.st_uid != old.st_uid || now.st_gid != old.st_gid)
-            static_cast<void>(!::fchown(m_file.number(), old.st_uid, old.st_gid));
         constexpr mode_t permissionBits = 07777;
-        const mode_t mode = old.st_mode & permissionBits;
+        mode_t mode = old.st_mode & permissionBits;
+        // Only the superuser can give files away. For others the file becomes the user's own, in
+        // the old group if they belong to it; no other group may do more than everybody.
+        constexpr auto sameUser = static_cast<uid_t>(-1);
+        constexpr auto sameGroup = static_cast<gid_t>(-1);
+        if (now.st_uid != old.st_uid)
+            static_cast<void>(!::fchown(m_file.number(), old.st_uid, sameGroup));
+        if (now.st_gid != old.st_gid && ::fchown(m_file.number(), sameUser, old.st_gid) != 0)
+            mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3U;
         if ((now.st_mode & permissionBits) != mode && ::fchmod(m_file.number(), mode) != 0)
             fail(errno, m_path);
     }

@@ -1,5 +1,6 @@
 #include "Services/ProjectStore.h"
 
+#include "Platform/Descriptor.h"
 #include "Services/ProjectJson.h"
 
 #include <cerrno>
@@ -19,24 +20,6 @@ constexpr std::size_t largestFile = std::size_t{64} << 20;
     throw std::system_error(error, std::generic_category(), url.string());
 }
 
-class OpenFile {
-public:
-    /// Does not wait for a writer, should a pipe have taken the file's place by now.
-    explicit OpenFile(const std::filesystem::path& url)
-        : m_descriptor(::open(url.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
-        if (m_descriptor < 0)
-            fail(errno, url);
-    }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-    ~OpenFile() { ::close(m_descriptor); }
-
-    int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
 void checkIsReadable(int result, const struct stat& status, const std::filesystem::path& url) {
     if (result != 0)
         fail(errno, url);
@@ -52,16 +35,18 @@ std::string readFile(const std::filesystem::path& url) {
     struct stat status {};
     // Before opening, because merely opening a device can do something.
     checkIsReadable(::stat(url.c_str(), &status), status, url);
-    const OpenFile file(url);
-    checkIsReadable(::fstat(file.descriptor(), &status), status, url);
+    // Does not wait for a writer, should a pipe have taken the file's place by now.
+    const Descriptor file(::open(url.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file)
+        fail(errno, url);
+    checkIsReadable(::fstat(file.number(), &status), status, url);
 
     // One byte more than the size shows the end; a file may also have grown, or lie about its size.
     std::string bytes;
     std::size_t length = 0;
     bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
     while (true) {
-        const ssize_t count =
-            ::read(file.descriptor(), bytes.data() + length, bytes.size() - length);
+        const ssize_t count = ::read(file.number(), bytes.data() + length, bytes.size() - length);
         if (count < 0 && errno != EINTR)
             fail(errno, url);
         if (count == 0)

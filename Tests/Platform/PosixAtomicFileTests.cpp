@@ -12,7 +12,9 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace mossbit {
@@ -45,6 +47,35 @@ TEST(PosixAtomicFile, KeepsPermissionsAndGivesNewFilesTheUsualOnes) {
     }
     EXPECT_EQ(bytesOf(folder / "new"), "two");
     EXPECT_EQ(folder.entryCount(), 1);
+}
+
+TEST(PosixAtomicFile, KeepsTheGroupOrItsPermissionsToItself) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs someone who can become somebody else";
+    constexpr uid_t owner = 1002;
+    constexpr gid_t group = 2000;
+    const ScratchFolder folder;
+    fs::permissions(folder.path(), fs::perms::all);
+    for (const bool isMember : {true, false}) {
+        const fs::path file = folder / (isMember ? "member" : "stranger");
+        putBytes(file, "old");
+        fs::permissions(file, fs::perms(0660));
+        ASSERT_EQ(::chown(file.c_str(), isMember ? 0 : owner, group), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            PosixAtomicFile files;
+            const bool became = ::setgroups(isMember ? 1 : 0, &group) == 0 &&
+                                ::setgid(owner) == 0 && ::setuid(owner) == 0;
+            ::_exit(became && writeError(files, file) == 0 ? 0 : 1);
+        }
+        int status = 1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+        struct stat now {};
+        ::stat(file.c_str(), &now);
+        EXPECT_EQ(now.st_gid, isMember ? group : owner);
+        EXPECT_EQ(now.st_mode & 0777U, isMember ? 0660U : 0600U);
+    }
 }
 
 TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace mossbit {
+
+/// An open file, closed with its owner. Holds what `open` returned, negative if that failed.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&&) = delete;
+    ~Descriptor() {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+
+    explicit operator bool() const { return m_number >= 0; }
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+} // namespace mossbit
