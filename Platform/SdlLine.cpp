@@ -18,7 +18,6 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -43,11 +42,16 @@ constexpr auto sameSystemLimit = 3s;
 /// How long a paused device is kept, so that stopping and playing in turn costs nothing.
 constexpr auto idleLimit = 3s;
 
-/// Whether SDL would try PulseAudio, which it does first unless it is told otherwise.
+#ifdef MOSSBIT_HAS_PULSE
+/// Whether SDL may try PulseAudio, which it does first unless it is told otherwise. What it is told
+/// may be a list, in any case, and "pulse" stands for "pulseaudio".
 bool mayUsePulse() {
-    const char* const driver = SDL_GetHint(SDL_HINT_AUDIODRIVER);
-    return driver == nullptr || std::string_view(driver) == "pulseaudio";
+    const char* const hint = SDL_GetHint(SDL_HINT_AUDIODRIVER);
+    std::string drivers = hint != nullptr ? hint : "";
+    std::ranges::transform(drivers, drivers.begin(), [](char c) { return SDL_tolower(c); });
+    return drivers.empty() || drivers.find("pulse") != std::string::npos;
 }
+#endif
 
 void initAudio() {
     SDL_SetMainReady();
@@ -243,6 +247,8 @@ void SdlLine::open() {
     }
     release(lock);
     lock.unlock();
+    // A recovery that a pause cut short has left only the lost sound system to be tried.
+    SDL_ResetHint(SDL_HINT_AUDIODRIVER);
     const bool mayBeStale = SDL_WasInit(SDL_INIT_AUDIO) != 0;
     SDL_AudioDeviceID device = 0;
     try {

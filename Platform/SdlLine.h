@@ -91,7 +91,7 @@ private:
     std::deque<std::function<void()>> m_jobs;
     /// Opened and closed by the keeper only; 0 while none is open.
     DeviceId m_device = 0;
-    /// A start waits for `open`.
+    /// The last start has not been taken back, so `open` is to play.
     bool m_wanted = false;
     bool m_playing = false;
     bool m_ending = false;

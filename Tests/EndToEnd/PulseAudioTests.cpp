@@ -91,6 +91,19 @@ TEST_F(PulseAudio, PlaybackEndsWhileTheServerStaysAway) {
     EXPECT_TRUE(server.waitForSound());
 }
 
+TEST_F(PulseAudio, TriesEverySoundSystemAgainAfterARecoveryWasStopped) {
+    unsetenv("SDL_AUDIODRIVER");
+    server.addOtherSystem();
+    engine.play(unmistakableSong());
+    ASSERT_TRUE(engine.isPlaying());
+    server.kill();
+    // Long enough for the loss to be seen.
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    engine.stop();
+    engine.play(unmistakableSong());
+    EXPECT_TRUE(engine.isPlaying());
+}
+
 TEST_F(PulseAudio, DoesNotHangWithTheServer) {
     engine.prepare(unmistakableSong());
     server.hang();

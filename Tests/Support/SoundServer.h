@@ -53,6 +53,9 @@ public:
         m_recorder->kill();
     }
 
+    /// ALSA, with a device that plays to nowhere.
+    void addOtherSystem() { putBytes(m_home / ".asoundrc", "pcm.!default { type null }"); }
+
     void hang() { ::kill(m_server->id(), SIGSTOP); }
     void wakeUp() { ::kill(m_server->id(), SIGCONT); }
 
