@@ -39,11 +39,11 @@ AudioEngine::~AudioEngine() {
 void AudioEngine::prepare(const Project& project) {
     if (m_configured)
         return;
-    const double rate = m_engine.outputSampleRate();
-    m_sampleRate = rate > 0 ? rate : fallbackSampleRate;
-    m_core = std::make_shared<ChipCore>(compile(project), m_sampleRate);
+    const double deviceRate = m_engine.outputSampleRate();
+    const double sampleRate = deviceRate > 0 ? deviceRate : fallbackSampleRate;
+    m_core = std::make_shared<ChipCore>(compile(project), sampleRate);
     // Without a format the core stays, so that edits still reach it; the next call tries again.
-    const std::optional<AudioFormat> format = m_engine.standardFormat(m_sampleRate, outputChannels);
+    const std::optional<AudioFormat> format = m_engine.standardFormat(sampleRate, outputChannels);
     if (!format)
         return;
     m_engine.connectSource(*format,

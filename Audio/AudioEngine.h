@@ -45,7 +45,6 @@ private:
     SystemLog& m_log;
     /// Shared with the source that the device calls, so that it outlives any call under way.
     std::shared_ptr<ChipCore> m_core;
-    double m_sampleRate = 44100;
     bool m_configured = false;
     bool m_isPlaying = false;
 };

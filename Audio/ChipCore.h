@@ -17,6 +17,7 @@ namespace mossbit {
 /// one renders each export; both give the same samples, however the rendering is split into calls.
 class ChipCore {
 public:
+    /// `pattern` is not null, `sampleRate` in Hz and above 0.
     ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRate);
 
     // Audio thread.
@@ -29,7 +30,7 @@ public:
     /// Replaces the pattern from the next render call on; the position stays.
     void update(std::shared_ptr<const RenderPattern> pattern);
 
-    /// Back to before tick 0, all voices silent.
+    /// Back to before tick 0, all voices silent, the filter at rest, not finished any more.
     void rewind();
 
     /// All voices silent at once; position and filter stay.
@@ -40,8 +41,6 @@ public:
 
     /// Whether a pattern that does not loop has ended and every voice has faded out.
     bool isFinished() const;
-
-    double sampleRate() const { return m_sampleRate; }
 
 private:
     /// What the main thread hands to the next render call.
@@ -71,7 +70,7 @@ private:
 
     const double m_sampleRate;
     LockedBox<Orders> m_storage;
-    LockedBox<Report> m_tickBox;
+    mutable LockedBox<Report> m_tickBox;
 
     // Main thread: every pattern that the audio thread may still hold. Dropping the last reference
     // here, never there, keeps `free` off the audio thread.

@@ -22,8 +22,8 @@ struct HighPass {
     float next(float input) {
         y = coefficient * (y + input - x);
         x = input;
-        // After silence the output would shrink to the smallest denormal and stay there, at a
-        // hundred times the cost of a sample.
+        // After silence the output would shrink to the smallest denormal and stay there, at many
+        // times the cost of a sample on some processors.
         if (std::abs(y) < std::numeric_limits<float>::min())
             y = 0;
         return y;

@@ -19,7 +19,9 @@ public:
 #if defined(_POSIX_THREAD_PRIO_INHERIT) && _POSIX_THREAD_PRIO_INHERIT > 0
         pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT);
 #endif
-        pthread_mutex_init(&m_mutex, &attributes);
+        // Some kernels do not know the protocol.
+        if (pthread_mutex_init(&m_mutex, &attributes) != 0)
+            pthread_mutex_init(&m_mutex, nullptr);
         pthread_mutexattr_destroy(&attributes);
     }
 
@@ -32,7 +34,7 @@ public:
 
     /// Calls `action(value)` under the lock and returns its result.
     template <typename Action>
-    auto with(Action&& action) const {
+    auto with(Action&& action) {
         const Guard guard(m_mutex);
         return std::forward<Action>(action)(m_value);
     }
@@ -49,8 +51,8 @@ private:
         pthread_mutex_t& m_mutex;
     };
 
-    mutable pthread_mutex_t m_mutex;
-    mutable Value m_value;
+    pthread_mutex_t m_mutex;
+    Value m_value;
 };
 
 } // namespace mossbit

@@ -21,6 +21,7 @@ struct RenderEvent {
 
 /// A channel, compiled for a pattern of a given length.
 struct RenderChannel {
+    /// `totalTicks` is at least 1.
     RenderChannel(const Channel& channel, std::int64_t totalTicks);
 
     ChannelKind kind;

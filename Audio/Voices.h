@@ -52,6 +52,7 @@ struct Voice {
     /// +1 or −1, held between clocks.
     float lastNoiseSample = -1;
 
+    /// `sampleRate` in Hz, here and below.
     void noteOn(const RenderChannel& channel, const RenderEvent& event, float sampleRate);
 
     /// Drums ignore it and fade out by themselves.
