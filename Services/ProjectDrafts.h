@@ -31,9 +31,9 @@ struct Member {
     std::string fault;
 };
 
-/// What a draft's `take` and `finish` do: `take` keeps the member of that name, or what is wrong
-/// with it, and passes over names that the format does not know; `finish` gives the whole or the
-/// first fault.
+// Of the three drafts, `take` keeps the member of that name, or what is wrong with it, and passes
+// over names that the format does not know; `finish` gives the whole or the first fault.
+
 struct NoteDraft {
     Member<Uuid> id;
     Member<std::int64_t> pitch, start, length, velocity;

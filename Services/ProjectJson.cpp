@@ -28,9 +28,8 @@ public:
                    : take({.kind = ValueKind::hugeNumber});
     }
     bool number_float(double number, const std::string&) {
-        // Digits alone arrive here as well where they are beyond 64 bits. 2^63 is the first double
-        // too large.
-        if (std::abs(number) >= 0x1p63)
+        // Digits alone arrive here as well where they are beyond 64 bits.
+        if (number < -0x1p63 || number >= 0x1p63)
             return take({.kind = ValueKind::hugeNumber});
         return std::trunc(number) == number ? number_integer(static_cast<std::int64_t>(number))
                                             : take({.kind = ValueKind::fraction});

@@ -36,7 +36,8 @@ inline constexpr int exportSampleRate = 44100;
 std::string wavData(std::span<const float> mono);
 
 /// Renders exactly one pass of the song, whatever its loop switch says, and writes it. Notes still
-/// sounding at the end are cut. Throws `ExportError`; the old file then stays.
+/// sounding at the end are cut. Throws `ExportError`, or `std::bad_alloc` where memory runs out;
+/// the old file then stays.
 void exportProject(const Project& project, const std::filesystem::path& url, AtomicFile& files);
 
 } // namespace WAVExporter

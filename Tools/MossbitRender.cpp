@@ -25,8 +25,8 @@ int fail(std::string message) {
 }
 
 int render(const char* in, const char* out) {
-    std::error_code differs;
-    if (std::filesystem::equivalent(in, out, differs))
+    std::error_code ignored;
+    if (std::filesystem::equivalent(in, out, ignored))
         return fail(std::string(out) + ": the song and the sound would be the same file");
     mossbit::Project project;
     try {
@@ -37,6 +37,9 @@ int render(const char* in, const char* out) {
     try {
         mossbit::PosixAtomicFile files;
         mossbit::WAVExporter::exportProject(project, out, files);
+    } catch (const mossbit::ExportError& error) {
+        const bool isEmpty = error.kind() == mossbit::ExportError::Kind::empty;
+        return fail(std::string(isEmpty ? in : out) + ": " + mossbit::description(error));
     } catch (const std::exception& error) {
         return fail(std::string(out) + ": " + mossbit::description(error));
     }

@@ -39,14 +39,15 @@ TEST(MossbitRender, WritesASongOrSaysInOneLineWhyNot) {
     struct Case {
         std::string arguments, mentions;
     };
-    for (const Case& c : {Case{"", "usage"}, Case{"song.mossbit", "usage"},
-                          Case{"song.mossbit out.wav more", "usage"},
-                          Case{"'two\nlines' out.wav", "No such file or directory"},
-                          Case{"empty.mossbit out.wav", "There are no notes to export yet."},
-                          Case{"broken.mossbit out.wav", "line 1"},
-                          Case{"song.mossbit missing/out.wav", "No such file or directory"},
-                          Case{"song.mossbit folder", "Is a directory"},
-                          Case{"song.mossbit ./song.mossbit", "the same file"}}) {
+    for (const Case& c :
+         {Case{"", "usage"}, Case{"song.mossbit", "usage"},
+          Case{"song.mossbit out.wav more", "usage"},
+          Case{"'two\nlines' out.wav", "No such file or directory"},
+          Case{"empty.mossbit out.wav", "empty.mossbit: There are no notes to export yet."},
+          Case{"broken.mossbit out.wav", "line 1"},
+          Case{"song.mossbit missing/out.wav", "No such file or directory"},
+          Case{"song.mossbit folder", "Is a directory"},
+          Case{"song.mossbit ./song.mossbit", "the same file"}}) {
         putBytes(folder / "out.wav", "old");
         const Outcome outcome = run(folder, c.arguments);
         EXPECT_NE(outcome.status, 0) << c.arguments;
