@@ -11,4 +11,9 @@ inline bool isKeyboardLent(Qt::FocusReason reason) {
            reason == Qt::ActiveWindowFocusReason;
 }
 
+/// Whether Tab brought the keyboard, so that its place must be shown.
+inline bool isByKeyboard(Qt::FocusReason reason) {
+    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+}
+
 } // namespace mossbit

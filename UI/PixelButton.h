@@ -21,7 +21,7 @@ public:
         /// Points left and right of the content.
         double padding = 5;
         const PixelGlyph* icon = nullptr;
-        QString text;
+        QString text = {};
         /// The content's colour unless active.
         QColor idleColor = Palette::text;
     };

@@ -35,19 +35,4 @@ void PixelCaption::paintEvent(QPaintEvent*) {
     pixels.text(m_text, m_label, {0, height() / 2.0});
 }
 
-PixelRule::PixelRule(int width, int height, QWidget* parent)
-    : QWidget(parent), m_extent(width, height) {
-    setSizePolicy(width > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding,
-                  height > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding);
-}
-
-void PixelRule::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    PixelPainter pixels(painter);
-    if (height() == 1)
-        pixels.edge(rect(), Qt::TopEdge, Palette::line);
-    else
-        pixels.edge(rect(), Qt::LeftEdge, Palette::line, width());
-}
-
 } // namespace mossbit

@@ -8,7 +8,7 @@
 
 namespace mossbit {
 
-/// An icon bitmap of at most seven rows of equal length; "X" is a lit cell.
+/// An icon bitmap of seven rows of equal length; "X" is a lit cell.
 struct PixelGlyph {
     std::array<std::string_view, 7> rows;
 

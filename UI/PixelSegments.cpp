@@ -2,6 +2,8 @@
 
 #include "UI/PixelAccessibility.h"
 
+#include <QEvent>
+
 namespace mossbit {
 
 namespace {
@@ -27,6 +29,7 @@ PixelSegmentRow::PixelSegmentRow(const QString& name, const std::vector<QString>
                                         this);
         segment->setAccessibleName(name + QLatin1Char(' ') + labels[index]);
         connect(segment, &QAbstractButton::clicked, this, [this, index] { Q_EMIT clicked(index); });
+        segment->installEventFilter(this);
         m_segments.push_back(segment);
     }
 }
@@ -48,9 +51,23 @@ QSize PixelSegmentRow::sizeHint() const {
 void PixelSegmentRow::showSelected(std::size_t index) {
     for (std::size_t i = 0; i < m_segments.size(); ++i)
         m_segments[i]->setActive(i == index);
-    // Its outline lies over its neighbours'.
-    if (index < m_segments.size())
-        m_segments[index]->raise();
+    stack();
+}
+
+void PixelSegmentRow::stack() {
+    // The chosen segment's outline lies over its neighbours', the keyboard's mark over that.
+    for (PixelButton* segment : m_segments)
+        if (segment->isActive())
+            segment->raise();
+    for (PixelButton* segment : m_segments)
+        if (segment->hasFocus())
+            segment->raise();
+}
+
+bool PixelSegmentRow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        stack();
+    return QWidget::eventFilter(watched, event);
 }
 
 void PixelSegmentRow::resizeEvent(QResizeEvent*) {

@@ -31,8 +31,11 @@ protected:
     /// Shows that segment as chosen; none for an index past the last.
     void showSelected(std::size_t index);
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void stack();
+
     std::vector<PixelButton*> m_segments;
 };
 

@@ -44,6 +44,21 @@ void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
     pixels.fill(thumb, active ? Palette::textDim : Palette::line);
 }
 
+/// Where the lines of the two scroll bars meet.
+void drawScrollCorner(const QRect& rect, QPainter& painter) {
+    PixelPainter pixels(painter);
+    pixels.fill(rect, Palette::background);
+    const int line = pixels.thickness(1);
+    pixels.fillPixels({pixels.toDevice(rect).topLeft(), QSize(line, line)}, Palette::line);
+}
+
+/// The base style ends the menu bar in a line of a colour of its own.
+void coverMenuBarRule(const QRect& rect, QPainter& painter) {
+    constexpr double height = 2;
+    PixelPainter(painter).fill(QRectF(rect).adjusted(0, rect.height() - height, 0, 0),
+                               Palette::panel);
+}
+
 } // namespace
 
 PixelStyle::PixelStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
@@ -60,6 +75,12 @@ void PixelStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
 void PixelStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                              const QWidget* widget) const {
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (element == CE_MenuBarItem || element == CE_MenuBarEmptyArea) {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        if (!(option->state & State_Sunken))
+            coverMenuBarRule(option->rect, *painter);
+        return;
+    }
     if (element != CE_MenuItem || item == nullptr ||
         item->menuItemType != QStyleOptionMenuItem::Separator || !item->text.isEmpty()) {
         QProxyStyle::drawControl(element, option, painter, widget);
@@ -74,7 +95,7 @@ void PixelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
                                QPainter* painter, const QWidget* widget) const {
     switch (element) {
     case PE_PanelScrollAreaCorner:
-        PixelPainter(*painter).fill(option->rect, Palette::background);
+        drawScrollCorner(option->rect, *painter);
         return;
     case PE_FrameMenu:
         return;
@@ -97,6 +118,9 @@ int PixelStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
         return scrollBarExtent;
     case PM_ScrollBarSliderMin:
         return shortestThumb;
+    case PM_MenuPanelWidth:
+        // The highlight must not cover the outline.
+        return 1;
     default:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }
@@ -109,6 +133,9 @@ int PixelStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
         return 0;
     // The shadow of disabled text would be the brighter one here.
     if (hint == SH_EtchDisabledText)
+        return 0;
+    // Their colours are not the palette's.
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons)
         return 0;
     return QProxyStyle::styleHint(hint, option, widget, returnData);
 }

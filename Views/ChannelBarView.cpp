@@ -3,6 +3,7 @@
 #include "UI/PixelCaption.h"
 #include "UI/PixelPainter.h"
 #include "UI/PixelRow.h"
+#include "UI/PixelRule.h"
 #include "Views/ChannelCard.h"
 #include "Views/DisplayNames.h"
 

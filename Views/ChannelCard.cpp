@@ -10,8 +10,6 @@ namespace mossbit {
 
 namespace {
 
-constexpr QColor mutedColor{242, 112, 122};
-
 // Points.
 constexpr int sidePadding = 12;
 constexpr int endPadding = 9;
@@ -38,6 +36,7 @@ protected:
         QPainter painter(this);
         PixelPainter pixels(painter);
         const bool muted = isActive();
+        const QColor mutedColor = Palette::accent(ChannelKind::noise);
         pixels.fill(rect(), Palette::well);
         pixels.icon({.glyph = muted ? PixelGlyph::mute : PixelGlyph::speaker,
                      .color = muted ? mutedColor : Palette::textDim},

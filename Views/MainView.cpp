@@ -2,6 +2,7 @@
 
 #include "UI/PixelCaption.h"
 #include "UI/PixelPainter.h"
+#include "UI/PixelRule.h"
 #include "Views/ChannelBarView.h"
 #include "Views/PianoRollView.h"
 #include "Views/TransportView.h"

@@ -21,11 +21,14 @@ bool isSecondaryClick(const QMouseEvent& event) {
 } // namespace
 
 void PianoRollView::mousePressEvent(QMouseEvent* event) {
+    const bool isSecondary = isSecondaryClick(*event);
+    if (!isSecondary && event->button() != Qt::LeftButton)
+        return;
     m_focusMark->hide();
     const QPointF point = toGrid(event->position());
-    if (isSecondaryClick(*event)) {
+    if (isSecondary) {
         deleteNoteAt(point);
-    } else if (event->button() == Qt::LeftButton) {
+    } else {
         m_drag.reset();
         beginDrag(point);
     }
@@ -78,10 +81,10 @@ void PianoRollView::beginDrag(const QPointF& point) {
 void PianoRollView::updateDrag(const QPointF& point) {
     if (m_drag->kind == ActiveDrag::Kind::move) {
         const auto to = m_grid.moved(m_drag->origin, point - m_drag->startPoint);
-        m_vm.updateNote(m_drag->id, {.pitch = to.pitch, .start = to.tick, .length = {}});
+        m_vm.updateNote(m_drag->id, {.pitch = to.pitch, .start = to.tick});
     } else {
         const std::int64_t length = m_grid.resizedLength(m_drag->origin, point.x());
-        m_vm.updateNote(m_drag->id, {.pitch = {}, .start = {}, .length = length});
+        m_vm.updateNote(m_drag->id, {.length = length});
     }
 }
 

@@ -20,7 +20,7 @@ namespace mossbit {
 namespace {
 
 constexpr std::int64_t firstCentredPitch = 72;
-/// Points that one notch of the wheel's three steps moves.
+/// Points that a step of a scroll bar moves; a notch of the wheel is three steps.
 constexpr int verticalStep = 15;
 constexpr int horizontalStep = 20;
 /// More changed notes than this are not worth finding out one by one.
@@ -46,10 +46,6 @@ int scrollRange(double content, int visible) {
     // The grid that fits exactly must not become scrollable by a rounding error.
     constexpr double tolerance = 1e-6;
     return std::max(static_cast<int>(std::ceil(content - tolerance)) - visible, 0);
-}
-
-bool isByKeyboard(Qt::FocusReason reason) {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
 }
 
 } // namespace
@@ -174,6 +170,13 @@ void PianoRollView::scrollContentsBy(int dx, int dy) {
 }
 
 void PianoRollView::wheelEvent(QWheelEvent* event) {
+    scrollByWheel(event);
+    // The pointer is at another place of the grid now.
+    if (m_drag)
+        updateDrag(toGrid(viewport()->mapFromGlobal(event->globalPosition())));
+}
+
+void PianoRollView::scrollByWheel(QWheelEvent* event) {
     if (!(event->modifiers() & Qt::ShiftModifier)) {
         QAbstractScrollArea::wheelEvent(event);
         return;

@@ -64,6 +64,7 @@ private:
     void showPlayhead();
 
     // Layout.
+    void scrollByWheel(QWheelEvent* event);
     QSize paneSize() const;
     void updateGrid();
     void layOut();

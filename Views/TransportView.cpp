@@ -4,6 +4,7 @@
 #include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
 #include "UI/PixelRow.h"
+#include "UI/PixelRule.h"
 #include "Views/DisplayNames.h"
 #include "Views/TempoControl.h"
 
@@ -12,12 +13,6 @@
 namespace mossbit {
 
 namespace {
-
-constexpr QColor titleColor{242, 212, 92};
-constexpr QColor playColor{242, 212, 92};
-constexpr QColor loopColor{169, 139, 245};
-constexpr QColor barsColor{95, 208, 240};
-constexpr QColor gridColor{242, 112, 122};
 
 // Points.
 constexpr int barHeight = 46;
@@ -36,17 +31,18 @@ TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     const auto divider = [this] { return new PixelRule(1, dividerHeight, this); };
     // One after the other, which is the order in which Tab walks them.
-    m_items = {new PixelCaption(tr("Mossbit"), pixelLabel(15, titleColor), this),
-               makePlayback(),
-               divider(),
-               makeTempo(),
-               divider(),
-               makeLoop(),
-               divider(),
-               makeBars(),
-               divider(),
-               makeGrid(),
-               makeZoom()};
+    m_items = {
+        new PixelCaption(tr("Mossbit"), pixelLabel(15, Palette::accent(ChannelKind::pulse1)), this),
+        makePlayback(),
+        divider(),
+        makeTempo(),
+        divider(),
+        makeLoop(),
+        divider(),
+        makeBars(),
+        divider(),
+        makeGrid(),
+        makeZoom()};
 
     connect(&vm, &ProjectViewModel::projectChanged, this, &TransportView::showProject);
     connect(&vm, &ProjectViewModel::isPlayingChanged, this,
@@ -58,10 +54,11 @@ TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
 QWidget* TransportView::makePlayback() {
     auto* row = new PixelRow(buttonSpacing, this);
     m_play = row->addButton(
-        {.accent = playColor, .padding = 10, .icon = &PixelGlyph::play, .text = {}}, tr("Play"));
+        {.accent = Palette::accent(ChannelKind::pulse1), .padding = 10, .icon = &PixelGlyph::play},
+        tr("Play"));
     m_play->setToolTip(tr("Play (Space)"));
     connect(m_play, &QAbstractButton::clicked, this, [this] { m_vm.play(); });
-    auto* stop = row->addButton({.padding = 10, .icon = &PixelGlyph::stop, .text = {}}, tr("Stop"));
+    auto* stop = row->addButton({.padding = 10, .icon = &PixelGlyph::stop}, tr("Stop"));
     stop->setToolTip(tr("Stop (Space)"));
     connect(stop, &QAbstractButton::clicked, this, [this] { m_vm.stop(); });
     return row;
@@ -75,7 +72,7 @@ QWidget* TransportView::makeTempo() {
 
 QWidget* TransportView::makeLoop() {
     m_loop = new PixelButton({.kind = FlatButton::Kind::toggle,
-                              .accent = loopColor,
+                              .accent = Palette::accent(ChannelKind::wave),
                               .padding = 8,
                               .icon = &PixelGlyph::loop,
                               .text = tr("Loop"),
@@ -90,8 +87,9 @@ QWidget* TransportView::makeBars() {
     const auto choices = PixelSegments<std::int64_t>::choices(
         allBarCounts, [](std::int64_t count) { return QString::number(count); });
     auto* row = new PixelRow(captionSpacing, this);
-    m_bars = row->addSegments<std::int64_t>(tr("Bars"), choices, barsColor,
-                                            [this](std::int64_t bars) { m_vm.setBars(bars); });
+    m_bars =
+        row->addSegments<std::int64_t>(tr("Bars"), choices, Palette::accent(ChannelKind::pulse2),
+                                       [this](std::int64_t bars) { m_vm.setBars(bars); });
     return row;
 }
 
@@ -99,16 +97,17 @@ QWidget* TransportView::makeGrid() {
     const auto choices = PixelSegments<GridDivision>::choices(
         allGridDivisions, [](GridDivision grid) { return title(grid); });
     auto* row = new PixelRow(captionSpacing, this);
-    m_grid = row->addSegments<GridDivision>(tr("Grid"), choices, gridColor,
-                                            [this](GridDivision grid) { m_vm.setGrid(grid); });
+    m_grid =
+        row->addSegments<GridDivision>(tr("Grid"), choices, Palette::accent(ChannelKind::noise),
+                                       [this](GridDivision grid) { m_vm.setGrid(grid); });
     return row;
 }
 
 QWidget* TransportView::makeZoom() {
     auto* row = new PixelRow(buttonSpacing, this);
     row->addCaption(tr("Zoom"));
-    auto* out = row->addButton({.icon = &PixelGlyph::minus, .text = {}}, tr("Zoom out"));
-    auto* in = row->addButton({.icon = &PixelGlyph::plus, .text = {}}, tr("Zoom in"));
+    auto* out = row->addButton({.icon = &PixelGlyph::minus}, tr("Zoom out"));
+    auto* in = row->addButton({.icon = &PixelGlyph::plus}, tr("Zoom in"));
     connect(out, &QAbstractButton::clicked, this,
             [this] { Q_EMIT zoomRequested(std::max(m_zoom - zoomStep, lowestZoom)); });
     connect(in, &QAbstractButton::clicked, this,

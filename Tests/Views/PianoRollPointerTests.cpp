@@ -1,5 +1,6 @@
 #include "Tests/Support/WindowHarness.h"
 
+#include <QWheelEvent>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -47,6 +48,18 @@ TEST(PianoRollPointer, MovesOrResizesAndBackInOneStep) {
         EXPECT_EQ(window.notes()[0], expected);
         EXPECT_TRUE(wasOneStep(*window.vm, before));
     }
+}
+
+TEST(PianoRollPointer, TakesTheNoteAlongWhenTheWheelScrolls) {
+    WindowHarness window(song().note(72, 8, 3));
+    const QPointF point = window.at(72, 9);
+    window.press(point);
+    const int before = window.roll().verticalScrollBar()->value();
+    QWheelEvent wheel(point, window.canvas().mapToGlobal(point), {}, {0, 120}, Qt::LeftButton, {},
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&window.canvas(), &wheel);
+    EXPECT_EQ(window.roll().verticalScrollBar()->value(), before - 45);
+    EXPECT_EQ(window.notes()[0].pitch, 75);
 }
 
 TEST(PianoRollPointer, EditsTheNoteOnTop) {
