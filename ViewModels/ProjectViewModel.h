@@ -48,7 +48,8 @@ public:
     static constexpr std::size_t undoLimit = 200;
 
     /// Opens `project`; without one, what the last run left in `autosaveURL`; failing that, a new
-    /// project. Without `autosaveURL` nothing is ever autosaved.
+    /// project. Without `autosaveURL` there is no autosave file; the document's own is autosaved
+    /// all the same.
     ProjectViewModel(const ViewModelServices& services, std::optional<Project> project,
                      std::optional<std::filesystem::path> autosaveURL);
     ~ProjectViewModel() override;
@@ -91,10 +92,12 @@ public:
 
     // Settings. Each records one undo step, and none if nothing changes.
 
+    /// Clamped to 0 … 15.
     void setVolume(std::int64_t volume, int channel);
     void toggleMute(int channel);
     void setDuty(Duty duty, int channel);
     void setWavePreset(WavePreset preset, int channel);
+    /// Beats per minute, clamped to 40 … 300.
     void setTempo(std::int64_t tempo);
     /// Ignores any other count than 1, 2, 4, 8, 16.
     void setBars(std::int64_t bars);
@@ -114,17 +117,18 @@ public:
     void open();
     /// Opens without asking about unsaved work.
     void open(const std::filesystem::path& url);
-    /// Opens a file that the system handed over, after asking about unsaved work; if a dialog is
-    /// up, once that is answered.
+    /// Opens a file that the system handed over, after asking about unsaved work; if a question or
+    /// a panel is up, once that is answered. Of several that wait the last one is opened.
     void openHandedOver(const std::filesystem::path& url);
-    /// Writes to the document's file, or asks for one.
+    /// Writes to the document's file, or asks for one. What fails in this and the other commands
+    /// ends in `alertMessage`.
     void save();
     void saveAs();
     void exportWAV();
     /// Whether the document may go: asks if it holds unsaved work. What is discarded here is not
     /// written by `flushAutosave` either.
     bool confirmDiscardIfNeeded();
-    /// Writes a pending autosave now, and the document's file.
+    /// Writes the autosave file and the document's file now, whether or not anything has changed.
     void flushAutosave();
     void clearAlertMessage();
     void setEditingText(bool editing);
@@ -150,10 +154,13 @@ Q_SIGNALS:
     /// The document was replaced by a new or opened one. Sent before `projectChanged`, when all
     /// other fields already tell of the new document.
     void documentReplaced();
+    /// The document is about to be written or asked about: what is typed and not yet committed
+    /// belongs into it.
+    void typedTextNeeded();
 
 private:
     /// What became of unsaved work before the document is replaced.
-    enum class UnsavedWork { notAsked, saved, discarded, kept };
+    enum class UnsavedWork { safe, discarded, kept };
 
     /// Sets a field, and tells its observers if that changes it.
     template <typename Field>
@@ -174,11 +181,11 @@ private:
     void changeHistory(Change change);
     void clearHistory();
     void didChange(bool projectDiffers = true);
-    void scheduleAutosave();
     void scheduleAutosave(std::optional<std::filesystem::path> fileURL);
     /// `fileURL` is a copy because the task that holds it may be replaced meanwhile.
     void autosave(std::optional<std::filesystem::path> fileURL);
-    void writeInBackground(const std::filesystem::path& url);
+    /// Whether that went well.
+    bool writeInBackground(const std::filesystem::path& url);
 
     // Document.
     void restore();
@@ -216,6 +223,8 @@ private:
     std::vector<Project> m_redoStack;
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
+    /// The last background write to the document's file has failed.
+    bool m_isFileBehind = false;
     bool m_isAsking = false;
     /// From the question about unsaved work until the document has been replaced or kept.
     bool m_isReplacing = false;

@@ -23,7 +23,7 @@ auto ProjectViewModel::ask(Dialog dialog) {
     // A command may be about to use the answer for this document, so not before it has ended.
     if (m_handedOverURL)
         m_handOverTask = m_services.mainLoop.after(std::chrono::milliseconds(0), [this] {
-            openHandedOver(fs::path(*std::exchange(m_handedOverURL, std::nullopt)));
+            openHandedOver(*std::exchange(m_handedOverURL, std::nullopt));
         });
     return answer;
 }
@@ -93,7 +93,7 @@ void ProjectViewModel::open() {
 }
 
 void ProjectViewModel::open(const fs::path& url) {
-    openAfterAsking(url, UnsavedWork::notAsked);
+    openAfterAsking(url, UnsavedWork::safe);
 }
 
 void ProjectViewModel::openHandedOver(const fs::path& url) {
@@ -126,6 +126,7 @@ void ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> 
     stop();
     const bool differs = project != m_project;
     m_project = std::move(project);
+    m_isFileBehind = false;
     assign(m_fileURL, std::move(url), &ProjectViewModel::fileURLChanged);
     setSelection({});
     clearHistory();
@@ -137,8 +138,10 @@ void ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> 
 }
 
 void ProjectViewModel::keepReplacedWork(const std::optional<fs::path>& replacement) {
-    // Restored work counts as saved, but the autosave file is the only one that holds it.
-    if (!m_autosaveURL || m_fileURL || !m_project.hasNotes())
+    // Restored work counts as saved, and so does what could not be written to the document's file;
+    // the autosave file is the only one that holds it.
+    const bool isInItsFile = m_fileURL && !m_isFileBehind;
+    if (!m_autosaveURL || isInItsFile || !m_project.hasNotes())
         return;
     const fs::path folder = m_autosaveURL->parent_path();
     const fs::path kept = folder / "Autosave-previous.mossbit";
@@ -149,13 +152,15 @@ void ProjectViewModel::keepReplacedWork(const std::optional<fs::path>& replaceme
 }
 
 void ProjectViewModel::save() {
+    Q_EMIT typedTextNeeded();
     if (m_fileURL)
-        write(fs::path(*m_fileURL));
+        write(*m_fileURL);
     else
         saveAs();
 }
 
 void ProjectViewModel::saveAs() {
+    Q_EMIT typedTextNeeded();
     if (const auto url = askWhereToSave(FileKind::project))
         write(*url);
 }
@@ -174,11 +179,13 @@ void ProjectViewModel::write(const fs::path& url) {
         setAlertMessage("Could not save: " + description(error));
         return;
     }
+    m_isFileBehind = false;
     assign(m_fileURL, std::optional(url), &ProjectViewModel::fileURLChanged);
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
 
 void ProjectViewModel::exportWAV() {
+    Q_EMIT typedTextNeeded();
     if (!m_project.hasNotes()) {
         setAlertMessage("Add a few notes before exporting.");
         return;
@@ -186,10 +193,8 @@ void ProjectViewModel::exportWAV() {
     const auto url = askWhereToSave(FileKind::wav);
     if (!url)
         return;
-    Project onePass = m_project;
-    onePass.loop = false;
     try {
-        WAVExporter::exportProject(onePass, *url, m_services.files);
+        WAVExporter::exportProject(m_project, *url, m_services.files);
     } catch (const std::exception& error) {
         setAlertMessage("Export failed: " + description(error));
     }
@@ -205,8 +210,9 @@ bool ProjectViewModel::confirmDiscardIfNeeded() {
 }
 
 ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
+    Q_EMIT typedTextNeeded();
     if (!m_hasUnsavedChanges || (!m_fileURL && !m_project.hasNotes()))
-        return UnsavedWork::notAsked;
+        return UnsavedWork::safe;
     const std::size_t button = ask([this] {
         return m_services.dialogs.runAlert(
             {.message = "Save changes to " + documentName() + "?",
@@ -217,7 +223,7 @@ ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
         return UnsavedWork::discarded;
     if (button == 0)
         save();
-    return m_hasUnsavedChanges ? UnsavedWork::kept : UnsavedWork::saved;
+    return m_hasUnsavedChanges ? UnsavedWork::kept : UnsavedWork::safe;
 }
 
 void ProjectViewModel::clearAlertMessage() {

@@ -59,15 +59,11 @@ void ProjectViewModel::clearHistory() {
 void ProjectViewModel::didChange(bool projectDiffers) {
     assign(m_hasUnsavedChanges, true, &ProjectViewModel::hasUnsavedChangesChanged);
     m_audio.update(m_project);
-    scheduleAutosave();
-    if (projectDiffers)
-        Q_EMIT projectChanged();
-}
-
-void ProjectViewModel::scheduleAutosave() {
     // The project needs no copy: whatever changes it comes here and restarts the delay, and what
     // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
     scheduleAutosave(m_fileURL);
+    if (projectDiffers)
+        Q_EMIT projectChanged();
 }
 
 void ProjectViewModel::scheduleAutosave(std::optional<std::filesystem::path> fileURL) {
@@ -76,20 +72,21 @@ void ProjectViewModel::scheduleAutosave(std::optional<std::filesystem::path> fil
 }
 
 void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
-    // What the user is about to discard must not be saved while a dialog asks.
-    if (m_isReplacing) {
-        scheduleAutosave(std::move(fileURL));
-        return;
-    }
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
     if (!fileURL)
         return;
-    writeInBackground(*fileURL);
+    // What the user is about to discard must not reach the song's file while a dialog asks.
+    if (m_isReplacing) {
+        scheduleAutosave(std::move(fileURL));
+        return;
+    }
+    m_isFileBehind = !writeInBackground(*fileURL);
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
 
 void ProjectViewModel::flushAutosave() {
+    Q_EMIT typedTextNeeded();
     m_autosaveTask.reset();
     if (m_isDiscarded)
         return;
@@ -99,11 +96,13 @@ void ProjectViewModel::flushAutosave() {
         writeInBackground(*m_fileURL);
 }
 
-void ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
+bool ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
     try {
         m_services.files.write(url, ProjectStore::encode(m_project));
+        return true;
     } catch (const std::exception&) {
         // Nobody asked for this write, so nobody is told. The next change tries again.
+        return false;
     }
 }
 

@@ -7,9 +7,11 @@
 #include "UI/PixelPainter.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMenuBar>
 
 #include <algorithm>
@@ -68,7 +70,7 @@ protected:
 };
 
 PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget* parent) {
-    auto* button = new PixelButton({.icon = &icon, .text = {}}, parent);
+    auto* button = new PixelButton({.icon = &icon}, parent);
     button->setAccessibleName(name);
     return button;
 }
@@ -86,6 +88,8 @@ TempoField::TempoField(QWidget* parent) : QLineEdit(parent) {
     palette.setColor(QPalette::Base, Palette::well);
     palette.setColor(QPalette::Text, Palette::text);
     setPalette(palette);
+    // Where the number was.
+    setTextMargins(0, 1, 0, 0);
     setFixedSize(numberWidth, QFontMetrics(font()).height() + 2 * fieldPadding);
 }
 
@@ -101,6 +105,15 @@ bool TempoField::event(QEvent* event) {
         }
     }
     return QLineEdit::event(event);
+}
+
+void TempoField::contextMenuEvent(QContextMenuEvent* event) {
+    QMenu* const menu = createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    // Undo and Redo, with the separator after them: their keys undo changes of the song.
+    for (int i = 0; i < 3; ++i)
+        menu->removeAction(menu->actions().first());
+    menu->popup(event->globalPos());
 }
 
 void TempoField::focusOutEvent(QFocusEvent* event) {
@@ -131,6 +144,7 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     m_field = new TempoField(this);
     auto* faster = makeStepButton(PixelGlyph::plus, tr("Increase tempo"), this);
     m_number->setToolTip(tr("Click to type a tempo (40–300)"));
+    m_number->setCursor(Qt::IBeamCursor);
     m_field->hide();
 
     auto* row = new QHBoxLayout(this);
@@ -153,6 +167,7 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { commitIfLeftTo(now); });
     connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
+    connect(&vm, &ProjectViewModel::typedTextNeeded, this, &TempoControl::commitTempo);
     // What was typed was meant for the song that is gone.
     connect(&vm, &ProjectViewModel::documentReplaced, this, &TempoControl::close);
     showProject();
@@ -165,20 +180,26 @@ void TempoControl::showProject() {
     m_tempo = tempo;
     m_number->setText(QString::number(tempo));
     m_number->setAccessibleName(tr("Tempo %1").arg(tempo));
+    // What nobody has typed must not be committed over the new tempo.
+    if (m_editingTempo && !m_field->isModified())
+        fillField();
+}
+
+void TempoControl::fillField() {
+    m_field->setText(QString::number(m_tempo));
+    m_field->selectAll();
 }
 
 void TempoControl::beginEditing() {
     if (m_editingTempo)
         return;
-    m_field->setText(QString::number(m_vm.project().tempo));
+    fillField();
     m_field->show();
     m_field->setFocus(Qt::OtherFocusReason);
-    m_field->selectAll();
     m_number->hide();
     // Only now: what happened to the keyboard on the way here is no reason to commit.
     m_editingTempo = true;
     m_vm.setEditingText(true);
-    window()->installEventFilter(this);
 }
 
 void TempoControl::commitTempo() {
@@ -202,7 +223,6 @@ void TempoControl::close() {
         return;
     // First: giving the focus away below tells of leaving the field once more.
     m_editingTempo = false;
-    window()->removeEventFilter(this);
     // Not `hasFocus`: the window may be inactive, behind a dialog.
     const bool hadFocus = window()->focusWidget() == m_field;
     m_field->clearFocus();
@@ -211,13 +231,6 @@ void TempoControl::close() {
     m_vm.setEditingText(false);
     if (hadFocus)
         Q_EMIT keyboardReleased();
-}
-
-bool TempoControl::eventFilter(QObject* watched, QEvent* event) {
-    // Before the window asks about unsaved work, and before the last write.
-    if (event->type() == QEvent::Close)
-        commitTempo();
-    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace mossbit

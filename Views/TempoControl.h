@@ -21,6 +21,7 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -40,11 +41,9 @@ Q_SIGNALS:
     /// The field has closed and has given the keyboard away.
     void keyboardReleased();
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     void showProject();
+    void fillField();
     void beginEditing();
     void commitTempo();
     void commitIfLeftTo(const QWidget* widget);

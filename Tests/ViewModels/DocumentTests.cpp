@@ -89,8 +89,12 @@ TEST_F(Document, AsksAboutUnsavedWorkBeforeReplacingIt) {
             harness.dialogs.alertAnswers = {c.button};
             harness.dialogs.openAnswers = {other};
             harness.dialogs.saveAnswers = {c.goesOn ? std::optional(file) : std::nullopt};
-            // The autosave that comes due meanwhile waits for the answer.
-            harness.dialogs.meanwhile = [this] { harness.pass(2); };
+            // What comes due meanwhile is kept safe, but must not reach the song's file.
+            harness.dialogs.meanwhile = [&] {
+                harness.pass(2);
+                EXPECT_TRUE(c.writeFails || saved(harness.autosave) == edited);
+                EXPECT_TRUE(!c.hasFile || saved(file) == tune);
+            };
             harness.files.failure = c.writeFails ? EIO : 0;
             if (command == "new")
                 model->newProject();
@@ -132,7 +136,18 @@ TEST_F(Document, RestoredWorkIsKeptWhenItIsReplacedUnasked) {
     EXPECT_EQ(saved(kept), tune);
     EXPECT_EQ(saved(harness.folder / "Autosave-previous-2.mossbit"), saved(other));
 
-    // A song with a file of its own and an empty one leave nothing to keep.
+    // What its own file did not take.
+    const fs::path stick = harness.folder / "stick";
+    fs::create_directory(stick);
+    model->open(harness.store("stick/song.mossbit", tune));
+    fs::remove_all(stick);
+    model->setTempo(91);
+    harness.pass(1);
+    model->newProject();
+    EXPECT_EQ(saved(kept).tempo, 91);
+
+    // A song that is in its own file and an empty one leave nothing to keep.
+    model->open(other);
     fs::remove(kept);
     model->newProject();
     model->newProject();

@@ -46,12 +46,28 @@ TEST(TempoField, CommitsWhenWhoBorrowedTheKeyboardPassesItOn) {
     EXPECT_EQ(window.vm->project().tempo, 150);
 }
 
-TEST(TempoField, CommitsBeforeItsWindowCloses) {
+TEST(TempoField, CommitsBeforeTheSongIsWrittenOrAskedAbout) {
+    using Model = ProjectViewModel;
+    for (void (*command)(Model&) :
+         {+[](Model& vm) { vm.save(); }, +[](Model& vm) { vm.saveAs(); },
+          +[](Model& vm) { vm.exportWAV(); }, +[](Model& vm) { vm.confirmDiscardIfNeeded(); },
+          +[](Model& vm) { vm.flushAutosave(); }}) {
+        WindowHarness window(song().note(60, 0, 1));
+        typeTempo(window, "150");
+        command(*window.vm);
+        EXPECT_EQ(window.vm->project().tempo, 150);
+        EXPECT_FALSE(window.vm->isEditingText());
+    }
+}
+
+TEST(TempoField, FollowsOtherChangesUntilSomethingIsTyped) {
     WindowHarness window;
-    typeTempo(window, "150");
-    window.view.close();
-    EXPECT_EQ(window.vm->project().tempo, 150);
-    EXPECT_FALSE(window.vm->isEditingText());
+    TempoField& field = typeTempo(window, "");
+    window.control("Increase tempo").click();
+    EXPECT_EQ(field.text(), "121");
+    QTest::keyClicks(&field, "90");
+    window.control("Increase tempo").click();
+    EXPECT_EQ(field.text(), "90");
 }
 
 TEST(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
@@ -86,6 +102,22 @@ TEST(TransportView, DrivesTheModelAndShowsIt) {
     for (const double zoom : {0.75, 0.6, 0.6}) {
         window.control("Zoom out").click();
         EXPECT_DOUBLE_EQ(window.view.zoom(), zoom);
+    }
+}
+
+TEST(TransportView, ShowsWhereTheKeyboardIs) {
+    WindowHarness window;
+    for (const char* name : {"Bars 1", "Bars 2", "Bars 4", "Bars 8", "Bars 16"}) {
+        QWidget& segment = window.control(name);
+        segment.setFocus(Qt::TabFocusReason);
+        const QRect rect(segment.mapTo(&window.view, QPoint()), segment.size());
+        const QImage image = render(window.view, 1);
+        const QPoint middle = rect.center();
+        for (const QPoint& edge : {QPoint(rect.left(), middle.y()),
+                                   {rect.right(), middle.y()},
+                                   {middle.x(), rect.top()},
+                                   {middle.x(), rect.bottom()}})
+            EXPECT_EQ(colorAt(image, edge), Palette::text) << name;
     }
 }
 
