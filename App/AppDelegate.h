@@ -20,7 +20,7 @@ public:
 
     void applicationDidFinishLaunching();
     bool applicationShouldTerminateAfterLastWindowClosed() const { return true; }
-    /// Saves what is pending. Does so once, however many ways of ending come together.
+    /// Saves everything. Does so once, however many ways of ending come together.
     void applicationWillTerminate();
 
     /// Opens the first of the files that one request hands over. Without a view model it waits for

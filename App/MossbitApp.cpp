@@ -13,13 +13,13 @@ MossbitApp::MossbitApp() : m_delegate([this] { m_window->bringToFront(); }) {}
 
 MossbitApp::~MossbitApp() = default;
 
-int MossbitApp::run(const QStringList& files) {
+int MossbitApp::run(const std::vector<std::filesystem::path>& files) {
     QString address;
-    if (!files.isEmpty()) {
+    if (!files.empty()) {
         // Held until the window has appeared.
-        const std::filesystem::path file = handedOverPath(files.first());
+        const std::filesystem::path file = handedOverPath(files.front());
         m_delegate.open({file});
-        address = QUrl::fromLocalFile(toQString(file)).toString(QUrl::FullyEncoded);
+        address = addressOf(file);
     }
     followTheSystem();
     if (m_bus.join(address) == SessionBus::Role::handedOver)

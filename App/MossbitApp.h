@@ -12,9 +12,9 @@
 #include "Platform/SyslogSystemLog.h"
 #include "ViewModels/ProjectViewModel.h"
 
-#include <QStringList>
-
+#include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace mossbit {
 
@@ -28,7 +28,7 @@ public:
 
     /// Runs until the window is closed, or ends at once where another copy takes `files`, the
     /// paths or addresses that the program was started with. Returns the exit status.
-    int run(const QStringList& files);
+    int run(const std::vector<std::filesystem::path>& files);
 
 private:
     void makeDocument();

@@ -29,6 +29,8 @@ QAction* MossbitCommands::add(QMenu& menu, const QString& title, const QKeySeque
                               Operation operation) {
     QAction* const action = menu.addAction(title, &m_vm, operation);
     action->setShortcut(shortcut);
+    // A key held down gives one command, not an undo step for each repetition.
+    action->setAutoRepeat(false);
     // Otherwise macOS moves items about by the words in their titles.
     action->setMenuRole(QAction::NoRole);
     return action;
@@ -57,6 +59,8 @@ void MossbitCommands::addEditMenu() {
     QMenu& menu = *m_window.menuBar()->addMenu(tr("&Edit"));
     m_undo = add(menu, tr("Undo"), Qt::CTRL | Qt::Key_Z, &ProjectViewModel::undo);
     m_redo = add(menu, tr("Redo"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &ProjectViewModel::redo);
+    for (QAction* const action : {m_undo, m_redo})
+        action->setAutoRepeat(true);
     menu.addSeparator();
     m_deleteNote =
         add(menu, tr("Delete Note"), Qt::Key_Backspace, &ProjectViewModel::deleteSelection);

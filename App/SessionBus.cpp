@@ -87,8 +87,11 @@ SessionBus::Role SessionBus::join(const QString& file) {
     bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
     if (bus.registerService(busName))
         return Role::first;
-    bus.unregisterObject(objectPath);
-    return handOver(file) ? Role::handedOver : Role::alone;
+    if (handOver(file))
+        return Role::handedOver;
+    // When the silent owner ends, requests come here.
+    bus.interface()->registerService(busName, QDBusConnectionInterface::QueueService);
+    return Role::alone;
 }
 
 bool SessionBus::handOver(const QString& file) const {

@@ -19,5 +19,6 @@ int main(int argc, char** argv) {
                                                  QIcon(QStringLiteral(":/256.png"))));
     mossbit::applyTheme(application);
     mossbit::MossbitApp mossbit;
-    return mossbit.run(QApplication::arguments().mid(1));
+    // Not the application's own list, which has no place for names that are no UTF-8.
+    return mossbit.run({argv + 1, argv + argc});
 }

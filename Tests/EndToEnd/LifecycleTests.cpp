@@ -62,9 +62,13 @@ TEST_F(Lifecycle, SecondStartHandsItsFileOver) {
     home.startBus();
     home.store("one.mossbit", one);
     const std::filesystem::path file = home.store("zwei #2 ä.mossbit", two);
+    // Also a name that is no UTF-8.
+    home.store("caf\xe9.mossbit", two);
+    const std::string address = "file://" + home.path().string();
     for (const std::string& argument :
          {std::string("zwei #2 ä.mossbit"), file.string(),
-          "file://" + home.path().string() + "/zwei%20%232%20%C3%A4.mossbit"}) {
+          address + "/zwei%20%232%20%C3%A4.mossbit", std::string("caf\xe9.mossbit"),
+          address + "/caf%E9.mossbit"}) {
         std::filesystem::remove_all(home / "Mossbit");
         const auto first = startFirst({"one.mossbit"});
         // Only once the first one has its name does a second one end by itself.
@@ -99,13 +103,15 @@ TEST_F(Lifecycle, CopiesWithoutABusDoNotFightOverTheAutosave) {
     EXPECT_EQ(home.autosave(), two);
 }
 
-TEST_F(Lifecycle, StartsAloneWhenTheFirstCopyHangs) {
+TEST_F(Lifecycle, StartsAloneWhenTheFirstCopyHangsAndSucceedsIt) {
     home.startBus();
     const auto first = startFirst();
     ::kill(first->id(), SIGSTOP);
-    EXPECT_TRUE(end(*home.start()));
-    ::kill(first->id(), SIGCONT);
-    EXPECT_TRUE(end(*first));
+    const auto second = home.start();
+    EXPECT_TRUE(waitUntil([&] { return home.ownersInWaiting() == 2; }));
+    first->kill();
+    EXPECT_EQ(home.start()->wait(), 0) << "handed over to the second copy";
+    EXPECT_TRUE(end(*second));
 }
 
 TEST_F(Lifecycle, OutlivesTheBus) {

@@ -5,6 +5,8 @@
 #include "Tests/Support/ScratchFolder.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -57,6 +59,16 @@ public:
                                             "--method=org.freedesktop.Application." + method};
         command.insert(command.end(), arguments.begin(), arguments.end());
         return Process(command).wait() == 0;
+    }
+
+    /// How many copies of the program have the name on the bus, or want it next.
+    std::ptrdiff_t ownersInWaiting() const {
+        const auto answer = *this / "owners";
+        Process({"gdbus", "call", "--session", "--dest=org.freedesktop.DBus", "--object-path=/",
+                 "--method=org.freedesktop.DBus.ListQueuedOwners", "com.quillark.mossbit"},
+                answer)
+            .wait();
+        return std::ranges::count(bytesOf(answer), ':');
     }
 
     std::filesystem::path store(const char* name, const Project& project) const {
