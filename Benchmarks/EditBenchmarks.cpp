@@ -1,9 +1,6 @@
 #include "Benchmarks/Measure.h"
-#include "Tests/Support/FakeAudioOutput.h"
-#include "Tests/Support/FakeMainLoop.h"
-#include "Tests/Support/Fakes.h"
+#include "Benchmarks/UnseenModel.h"
 #include "Tests/Support/FullSong.h"
-#include "ViewModels/ProjectViewModel.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,23 +15,10 @@ constexpr std::size_t samplesTaken = 10000;
 constexpr std::size_t blockFrames = 512;
 constexpr double sampleRate = 48000;
 
-struct NoFile : AtomicFile {
-    void write(const std::filesystem::path&, std::string_view) override {}
-    void removeLeftovers(const std::filesystem::path&) noexcept override {}
-};
+struct Editor : UnseenModel {
+    using UnseenModel::UnseenModel;
 
-/// A view model that nobody looks at and whose autosave never comes due.
-struct Editor {
-    FakeMainLoop loop;
-    FakeDialogs dialogs;
-    NoFile files;
-    FakeAudioOutput output;
-    FakeSystemLog log;
-    ProjectViewModel model;
     std::int64_t steps = 0;
-
-    explicit Editor(Project project)
-        : model({loop, dialogs, files, output, log}, std::move(project), std::nullopt) {}
 
     /// One pointer movement of a drag, of another note each time.
     void drag() {

@@ -1,8 +1,4 @@
-#include "Benchmarks/Measure.h"
-#include "Tests/Support/FakeAudioOutput.h"
-#include "Tests/Support/FakeMainLoop.h"
-#include "Tests/Support/Fakes.h"
-#include "ViewModels/ProjectViewModel.h"
+#include "Benchmarks/UnseenModel.h"
 #include "Views/PianoRollView.h"
 
 #include <QApplication>
@@ -14,11 +10,6 @@ namespace mossbit {
 namespace {
 
 constexpr std::int64_t notesOnScreen = 2000;
-
-struct NoFile : AtomicFile {
-    void write(const std::filesystem::path&, std::string_view) override {}
-    void removeLeftovers(const std::filesystem::path&) noexcept override {}
-};
 
 /// The first benchmark that needs a window makes the application, which stays to the end.
 void needApplication() {
@@ -41,18 +32,11 @@ Project crowd(std::int64_t notes) {
 }
 
 /// A piano roll of 1100 × 500 points with 16 bars, shown off-screen.
-struct Roll {
-    FakeMainLoop loop;
-    FakeDialogs dialogs;
-    NoFile files;
-    FakeAudioOutput output;
-    FakeSystemLog log;
-    ProjectViewModel model;
-    PianoRollView view;
+struct Roll : UnseenModel {
+    PianoRollView view{model};
     QImage image{1100, 500, QImage::Format_RGB32};
 
-    Roll(std::int64_t notes, double zoom)
-        : model({loop, dialogs, files, output, log}, crowd(notes), std::nullopt), view(model) {
+    Roll(std::int64_t notes, double zoom) : UnseenModel(crowd(notes)) {
         view.resize(image.size());
         view.setZoom(zoom);
         view.show();

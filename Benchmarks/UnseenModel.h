@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tests/Support/FakeAudioOutput.h"
+#include "Tests/Support/FakeMainLoop.h"
+#include "Tests/Support/Fakes.h"
+#include "ViewModels/ProjectViewModel.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace mossbit {
+
+/// A view model without the real system: its autosave never comes due, and nothing is written.
+struct UnseenModel {
+    struct NoFile : AtomicFile {
+        void write(const std::filesystem::path&, std::string_view) override {}
+        void removeLeftovers(const std::filesystem::path&) noexcept override {}
+    };
+
+    FakeMainLoop loop;
+    FakeDialogs dialogs;
+    NoFile files;
+    FakeAudioOutput output;
+    FakeSystemLog log;
+    ProjectViewModel model;
+
+    explicit UnseenModel(Project project)
+        : model({loop, dialogs, files, output, log}, std::move(project), std::nullopt) {}
+};
+
+} // namespace mossbit
