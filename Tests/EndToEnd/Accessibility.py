@@ -75,6 +75,8 @@ def check(window):
 
     for name in ("PULSE 1", "Bars 4", "Grid 1/16", "Duty 50%"):
         becomes(named["radio button", name], pyatspi.STATE_CHECKED)
+    for name, is_on in (("Loop", True), ("WAVE mute", True), ("NOISE mute", False)):
+        becomes(named["check box", name], pyatspi.STATE_CHECKED, is_on)
     act(named["radio button", "Bars 8"])
     becomes(named["radio button", "Bars 8"], pyatspi.STATE_CHECKED)
     becomes(named["radio button", "Bars 4"], pyatspi.STATE_CHECKED, False)
@@ -83,6 +85,8 @@ def check(window):
     expect("range of a volume", (volume.minimumValue, volume.maximumValue), (0, 15))
     volume.currentValue = 5
     until("a volume is set", lambda: volume.currentValue == 5)
+    card = named["radio button", "WAVE"]
+    until("its card tells it", lambda: card.clear_cache() or card.description == "Vol 5 / 15")
 
     roll = named["list", "Piano roll"]
 
@@ -118,6 +122,9 @@ def check(window):
     act(named["radio button", "NOISE"])
     until("the drums are shown",
           lambda: [node.name for node in notes()] == ["snare, bar 4, beat 4, 1 tick"])
+    until("the drums are named", lambda: [
+        node.name for node in descendants(window) if node.getRoleName() == "label"
+        and pyatspi.STATE_SHOWING in states(node)][-6:] == "NOISE Kit KICK SNARE HAT NOISE".split())
 
 
 check(until("the song's window is shown", shown_window))
