@@ -114,8 +114,8 @@ void MossbitCommands::showAbout() {
     box->setTextFormat(Qt::PlainText);
     box->setText(tr("Mossbit %1").arg(QCoreApplication::applicationVersion()));
     box->setInformativeText(tr("Chip music on a piano roll.\n\n"
-                               "Copyright © 2026 The Mossbit developers\n"
-                               "Free software under the MIT License, without any warranty."));
+                               "© 2026 The Mossbit developers\n"
+                               "Free software under the MIT License,\nwithout any warranty."));
     box->open();
 }
 
