@@ -107,12 +107,12 @@ QSize PianoRollView::paneSize() const {
 
 void PianoRollView::updateGrid() {
     const PianoRollGeometry grid(m_vm.project(), m_vm.selectedChannel().kind, paneSize(), m_zoom);
-    if (grid == m_grid)
-        return;
-    m_grid = grid;
+    if (grid != m_grid) {
+        m_grid = grid;
+        viewport()->update();
+        m_keys->update();
+    }
     layOut();
-    viewport()->update();
-    m_keys->update();
 }
 
 void PianoRollView::layOut() {
@@ -128,7 +128,6 @@ void PianoRollView::layOut() {
 
 void PianoRollView::resizeEvent(QResizeEvent*) {
     updateGrid();
-    layOut();
 }
 
 void PianoRollView::showEvent(QShowEvent* event) {
@@ -136,7 +135,6 @@ void PianoRollView::showEvent(QShowEvent* event) {
     if (m_hasCentred || event->spontaneous())
         return;
     updateGrid();
-    layOut();
     // Also when the drums are shown first: nothing is centred later.
     m_hasCentred = true;
     if (m_grid.isNoise)
