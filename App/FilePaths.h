@@ -22,22 +22,23 @@ inline QString addressOf(const std::filesystem::path& file) {
 /// The file that an address or a path means. An address elsewhere than on this machine stays as it
 /// is and will not be found, which the user is told.
 inline std::filesystem::path toPath(const QUrl& url) {
-    if (!url.isLocalFile())
+    const bool isHere = url.host().isEmpty() || url.host() == QLatin1String("localhost");
+    if (!url.isLocalFile() || !isHere)
         return toPath(url.toString());
     // The bytes as they are: not every file name is UTF-8.
     return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
 }
 
-/// A path, relative to the working folder, or a `file:` address.
+/// A path or a `file:` address, both perhaps relative to the working folder.
 inline std::filesystem::path handedOverPath(const std::filesystem::path& path) {
     std::error_code error;
-    if (path.native().starts_with("file:") && !std::filesystem::exists(path, error))
-        return toPath(QUrl(QFile::decodeName(path.c_str())));
-    return path.empty() ? path : std::filesystem::absolute(path, error);
+    const bool isAddress =
+        path.native().starts_with("file:") && !std::filesystem::exists(path, error);
+    const auto file = isAddress ? toPath(QUrl(QFile::decodeName(path.c_str()))) : path;
+    return file.empty() ? file : std::filesystem::absolute(file, error);
 }
 
-/// What the system hands over as text: a path, relative to the working folder, or a `file:`
-/// address.
+/// The same of what the system hands over as text.
 inline std::filesystem::path handedOverPath(const QString& text) {
     return handedOverPath(toPath(text));
 }

@@ -68,7 +68,7 @@ TEST_F(Lifecycle, SecondStartHandsItsFileOver) {
     for (const std::string& argument :
          {std::string("zwei #2 ä.mossbit"), file.string(),
           address + "/zwei%20%232%20%C3%A4.mossbit", std::string("caf\xe9.mossbit"),
-          address + "/caf%E9.mossbit"}) {
+          address + "/caf%E9.mossbit", std::string("file:caf%E9.mossbit")}) {
         std::filesystem::remove_all(home / "Mossbit");
         const auto first = startFirst({"one.mossbit"});
         // Only once the first one has its name does a second one end by itself.
@@ -111,7 +111,8 @@ TEST_F(Lifecycle, StartsAloneWhenTheFirstCopyHangsAndSucceedsIt) {
     EXPECT_TRUE(waitUntil([&] { return home.ownersInWaiting() == 2; }));
     first->kill();
     const auto third = home.start();
-    EXPECT_TRUE(waitUntil([&] { return !third->isRunning(); })) << "handed over to the second";
+    ASSERT_TRUE(waitUntil([&] { return !third->isRunning(); })) << "handed over to the second";
+    EXPECT_EQ(third->wait(), 0);
     EXPECT_TRUE(end(*second));
 }
 
@@ -129,8 +130,10 @@ TEST_F(Lifecycle, RefusesWhatIsNoProjectAndGoesOn) {
     putBytes(home / "broken.mossbit", "{");
     putBytes(home / "huge.mossbit", "{");
     std::filesystem::resize_file(home / "huge.mossbit", std::uintmax_t{1} << 30);
-    for (const char* file : {"folder.mossbit", "broken.mossbit", "huge.mossbit", "missing.mossbit",
-                             "http://example.org/a.mossbit"})
+    const std::string elsewhere = "file://elsewhere" + home.store("one.mossbit", one).string();
+    for (const std::string& file :
+         {std::string("folder.mossbit"), std::string("broken.mossbit"), std::string("huge.mossbit"),
+          std::string("missing.mossbit"), std::string("http://example.org/a.mossbit"), elsewhere})
         EXPECT_TRUE(end(*home.start({file}))) << file;
     EXPECT_EQ(home.autosave(), Project());
 }
