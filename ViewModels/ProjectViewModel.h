@@ -154,8 +154,8 @@ Q_SIGNALS:
     /// The document was replaced by a new or opened one. Sent before `projectChanged`, when all
     /// other fields already tell of the new document.
     void documentReplaced();
-    /// The document is about to be written or asked about: what is typed and not yet committed
-    /// belongs into it.
+    /// A command or the end of the program is about to write the document or ask about it: what is
+    /// typed and not yet committed belongs into it.
     void typedTextNeeded();
 
 private:
@@ -182,8 +182,10 @@ private:
     void clearHistory();
     void didChange(bool projectDiffers = true);
     void scheduleAutosave(std::optional<std::filesystem::path> fileURL);
-    /// `fileURL` is a copy because the task that holds it may be replaced meanwhile.
+    // These take copies because the task that holds them may be replaced meanwhile.
     void autosave(std::optional<std::filesystem::path> fileURL);
+    void autosaveDocument(std::filesystem::path url);
+    void writeDocument(const std::filesystem::path& url);
     /// Whether that went well.
     bool writeInBackground(const std::filesystem::path& url);
 
@@ -193,6 +195,7 @@ private:
     template <typename Command>
     void replaceAfterAsking(Command command);
     UnsavedWork askAboutUnsavedWork();
+    bool isUnsaved() const;
     template <typename Dialog>
     auto ask(Dialog dialog);
     void openAfterAsking(const std::filesystem::path& url, UnsavedWork unsavedWork);
@@ -223,7 +226,7 @@ private:
     std::vector<Project> m_redoStack;
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
-    /// The last background write to the document's file has failed.
+    /// The last background write to the document's file has failed, so only the autosave has it.
     bool m_isFileBehind = false;
     bool m_isAsking = false;
     /// From the question about unsaved work until the document has been replaced or kept.

@@ -211,7 +211,7 @@ bool ProjectViewModel::confirmDiscardIfNeeded() {
 
 ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
     Q_EMIT typedTextNeeded();
-    if (!m_hasUnsavedChanges || (!m_fileURL && !m_project.hasNotes()))
+    if (!isUnsaved() || (!m_fileURL && !m_project.hasNotes()))
         return UnsavedWork::safe;
     const std::size_t button = ask([this] {
         return m_services.dialogs.runAlert(
@@ -223,7 +223,12 @@ ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
         return UnsavedWork::discarded;
     if (button == 0)
         save();
-    return m_hasUnsavedChanges ? UnsavedWork::kept : UnsavedWork::safe;
+    return isUnsaved() ? UnsavedWork::kept : UnsavedWork::safe;
+}
+
+bool ProjectViewModel::isUnsaved() const {
+    // Without an autosave file, nothing has what could not be written to the document's file.
+    return m_hasUnsavedChanges || (m_isFileBehind && !m_autosaveURL);
 }
 
 void ProjectViewModel::clearAlertMessage() {

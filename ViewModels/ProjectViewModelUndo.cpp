@@ -74,14 +74,18 @@ void ProjectViewModel::scheduleAutosave(std::optional<std::filesystem::path> fil
 void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
-    if (!fileURL)
-        return;
+    if (fileURL)
+        autosaveDocument(std::move(*fileURL));
+}
+
+void ProjectViewModel::autosaveDocument(std::filesystem::path url) {
     // What the user is about to discard must not reach the song's file while a dialog asks.
     if (m_isReplacing) {
-        scheduleAutosave(std::move(fileURL));
+        m_autosaveTask =
+            m_services.mainLoop.after(autosaveDelay, [this, url] { autosaveDocument(url); });
         return;
     }
-    m_isFileBehind = !writeInBackground(*fileURL);
+    writeDocument(url);
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
 
@@ -93,7 +97,14 @@ void ProjectViewModel::flushAutosave() {
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
     if (m_fileURL)
-        writeInBackground(*m_fileURL);
+        writeDocument(*m_fileURL);
+}
+
+void ProjectViewModel::writeDocument(const std::filesystem::path& url) {
+    const bool isWritten = writeInBackground(url);
+    // An autosave keeps to the file that its edit was for, also when the document has another now.
+    if (url == m_fileURL)
+        m_isFileBehind = !isWritten;
 }
 
 bool ProjectViewModel::writeInBackground(const std::filesystem::path& url) {

@@ -91,7 +91,9 @@ TEST_F(Document, AsksAboutUnsavedWorkBeforeReplacingIt) {
             harness.dialogs.saveAnswers = {c.goesOn ? std::optional(file) : std::nullopt};
             // What comes due meanwhile is kept safe, but must not reach the song's file.
             harness.dialogs.meanwhile = [&] {
-                harness.pass(2);
+                harness.files.written.clear();
+                harness.pass(9);
+                EXPECT_EQ(harness.files.written, std::vector{harness.autosave});
                 EXPECT_TRUE(c.writeFails || saved(harness.autosave) == edited);
                 EXPECT_TRUE(!c.hasFile || saved(file) == tune);
             };
@@ -138,21 +140,42 @@ TEST_F(Document, RestoredWorkIsKeptWhenItIsReplacedUnasked) {
 
     // What its own file did not take.
     const fs::path stick = harness.folder / "stick";
-    fs::create_directory(stick);
-    model->open(harness.store("stick/song.mossbit", tune));
-    fs::remove_all(stick);
-    model->setTempo(91);
+    const auto editWhatIsGone = [&] {
+        fs::create_directory(stick);
+        model->open(harness.store("stick/song.mossbit", tune));
+        fs::remove_all(stick);
+        model->setTempo(91);
+    };
+    editWhatIsGone();
     harness.pass(1);
     model->newProject();
     EXPECT_EQ(saved(kept).tempo, 91);
 
     // A song that is in its own file and an empty one leave nothing to keep.
-    model->open(other);
+    editWhatIsGone();
+    harness.dialogs.saveAnswers = {harness.folder / "safe.mossbit"};
+    model->saveAs();
+    harness.pass(1);
     fs::remove(kept);
     model->newProject();
     model->newProject();
     EXPECT_FALSE(fs::exists(kept));
-    EXPECT_TRUE(harness.dialogs.shown.empty());
+    EXPECT_EQ(harness.dialogs.shown, Shown{"save song.mossbit"}) << "and no question";
+}
+
+TEST_F(Document, AsksWhereNothingHasWhatAFileDidNotTake) {
+    const fs::path file = harness.store("song.mossbit", tune);
+    model = std::make_unique<ProjectViewModel>(harness.services(), tune, std::nullopt);
+    model->open(file);
+    harness.files.failure = EROFS;
+    model->setTempo(91);
+    harness.pass(1);
+    EXPECT_FALSE(model->hasUnsavedChanges());
+    EXPECT_FALSE(model->confirmDiscardIfNeeded());
+    EXPECT_EQ(harness.dialogs.shown.size(), 1U);
+    harness.files.failure = 0;
+    model->flushAutosave();
+    EXPECT_TRUE(model->confirmDiscardIfNeeded());
 }
 
 TEST_F(Document, OpeningReplacesEverythingOrNothing) {
