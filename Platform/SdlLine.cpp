@@ -43,13 +43,13 @@ constexpr auto sameSystemLimit = 3s;
 constexpr auto idleLimit = 3s;
 
 #ifdef MOSSBIT_HAS_PULSE
-/// Whether SDL may try PulseAudio, which it does first unless it is told otherwise. What it is told
+/// Whether SDL will try PulseAudio first, as it does unless it is told otherwise. What it is told
 /// may be a list, in any case, and "pulse" stands for "pulseaudio".
-bool mayUsePulse() {
+bool startsWithPulse() {
     const char* const hint = SDL_GetHint(SDL_HINT_AUDIODRIVER);
     std::string drivers = hint != nullptr ? hint : "";
     std::ranges::transform(drivers, drivers.begin(), [](char c) { return SDL_tolower(c); });
-    return drivers.empty() || drivers.find("pulse") != std::string::npos;
+    return drivers.empty() || drivers.starts_with("pulse");
 }
 #endif
 
@@ -60,7 +60,7 @@ void initAudio() {
     SDL_SetHint(SDL_HINT_APP_NAME, "Mossbit");
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Mossbit");
 #ifdef MOSSBIT_HAS_PULSE
-    if (mayUsePulse() && pulseServerLacksDevice())
+    if (startsWithPulse() && pulseServerLacksDevice())
         throw std::runtime_error("The sound server has no device to play on");
 #endif
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
