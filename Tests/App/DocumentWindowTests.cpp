@@ -107,6 +107,12 @@ TEST_F(MenuBar, DimsWhatCannotBeDone) {
     EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
 }
 
+TEST_F(MenuBar, AHeldKeyRepeatsOnlyUndoAndRedo) {
+    for (const auto& [title, repeats] :
+         {std::pair("Undo", true), {"Redo", true}, {"Toggle Loop", false}, {"New", false}})
+        EXPECT_EQ(item(title).autoRepeat(), repeats) << title;
+}
+
 TEST_F(MenuBar, FileItemsReachTheViewModel) {
     model->addNote(60, 0);
     for (const char* title : {"Save", "Save As…", "Export WAV…", "New", "Open…"})

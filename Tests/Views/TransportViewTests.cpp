@@ -1,6 +1,7 @@
 #include "Tests/Support/WindowHarness.h"
 #include "Views/TempoControl.h"
 
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QMenuBar>
 #include <QTest>
@@ -58,6 +59,15 @@ TEST(TempoField, CommitsBeforeTheSongIsWrittenOrAskedAbout) {
         EXPECT_EQ(window.vm->project().tempo, 150);
         EXPECT_FALSE(window.vm->isEditingText());
     }
+}
+
+TEST(TempoField, OffersNoUndoOfItsOwn) {
+    WindowHarness window;
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
+    QApplication::sendEvent(&typeTempo(window, "150"), &event);
+    const auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_TRUE(menu->actions().first()->text().startsWith("Cu&t"));
 }
 
 TEST(TempoField, FollowsOtherChangesUntilSomethingIsTyped) {
