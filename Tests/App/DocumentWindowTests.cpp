@@ -90,6 +90,25 @@ struct MenuBar : ShownWindow {
     }
 };
 
+TEST_F(MenuBar, ListsEveryCommandWithItsKeys) {
+    QString list;
+    for (const QAction* menu : window.menuBar()->actions()) {
+        list += menu->text() + ':';
+        for (const QAction* action : menu->menu()->actions())
+            list += (action->isSeparator() ? " | " : " " + action->text() + ' ') +
+                    QKeySequence::listToString(action->shortcuts()).replace("; ", "/");
+        list += '\n';
+    }
+    EXPECT_EQ(list.simplified().replace(" &", "\n&").toStdString(),
+              "&File: New Ctrl+N Open… Ctrl+O | Save Ctrl+S Save As… Ctrl+Shift+S | "
+              "Export WAV… Ctrl+E | Close Ctrl+W Quit Ctrl+Q\n"
+              "&Edit: Undo Ctrl+Z Redo Ctrl+Shift+Z | Delete Note Backspace/Del "
+              "Select All Notes Ctrl+A\n"
+              "&Playback: Play Space Toggle Loop Ctrl+L | Select PULSE 1 Ctrl+1 "
+              "Select PULSE 2 Ctrl+2 Select WAVE Ctrl+3 Select NOISE Ctrl+4\n"
+              "&Help: About Mossbit");
+}
+
 TEST_F(MenuBar, DimsWhatCannotBeDone) {
     const auto enabled = [&] {
         std::string titles;
