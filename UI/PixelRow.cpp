@@ -17,6 +17,7 @@ void PixelRow::addCaption(const QString& text) {
 PixelButton* PixelRow::addButton(const PixelButton::Look& look, const QString& name) {
     auto* button = new PixelButton(look, this);
     button->setAccessibleName(name);
+    button->setToolTip(name);
     add(button);
     return button;
 }

@@ -14,7 +14,7 @@ public:
 
     void add(QWidget* widget) { m_layout->addWidget(widget); }
     void addCaption(const QString& text);
-    /// `name` is what assistive tools call the button.
+    /// `name` is what assistive tools call the button, and its tooltip.
     PixelButton* addButton(const PixelButton::Look& look, const QString& name);
 
     /// Adds a caption and the picker that it names.

@@ -33,13 +33,16 @@ ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
     m_duty = duty->addSegments<Duty>(
         tr("Duty"), PixelSegments<Duty>::choices(allDuties, label), Palette::text,
         [&vm](Duty chosen) { vm.setDuty(chosen, vm.selectedChannelIndex()); });
+    m_duty->setToolTip(tr("Tone of the pulse: how much of its period it is high"));
     auto* preset = new PixelRow(spacing, this);
     m_preset = preset->addSegments<WavePreset>(
         tr("Preset"), PixelSegments<WavePreset>::choices(allWavePresets, label),
         Palette::accent(ChannelKind::wave),
         [&vm](WavePreset chosen) { vm.setWavePreset(chosen, vm.selectedChannelIndex()); });
+    m_preset->setToolTip(tr("Waveform"));
     auto* kit = new PixelRow(spacing, this);
     m_kit = kit;
+    kit->setToolTip(tr("Drums, from the top row down"));
     kit->addCaption(tr("Kit"));
     auto* drums = new PixelRow(legendSpacing, kit);
     for (const NoiseVoiceKind voice : allNoiseVoiceKinds)

@@ -6,6 +6,8 @@
 #include "ViewModels/ProjectViewModel.h"
 #include "Views/DisplayNames.h"
 
+#include <QKeySequence>
+
 namespace mossbit {
 
 namespace {
@@ -60,6 +62,9 @@ ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
     const QString name = title(m_kind);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     setAccessibleName(name);
+    const QKeySequence shortcut(QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + index)));
+    setToolTip(tr("Select %1 (%2)").arg(name, shortcut.toString(QKeySequence::NativeText)));
+    m_volume->setToolTip(tr("Volume"));
     m_mute->setAccessibleName(name + QStringLiteral(" mute"));
     m_volume->setAccessibleName(name + QStringLiteral(" volume"));
     connect(this, &QAbstractButton::clicked, this,

@@ -72,6 +72,7 @@ protected:
 PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget* parent) {
     auto* button = new PixelButton({.icon = &icon}, parent);
     button->setAccessibleName(name);
+    button->setToolTip(name);
     return button;
 }
 

@@ -90,6 +90,7 @@ QWidget* TransportView::makeBars() {
     m_bars =
         row->addSegments<std::int64_t>(tr("Bars"), choices, Palette::accent(ChannelKind::pulse2),
                                        [this](std::int64_t bars) { m_vm.setBars(bars); });
+    m_bars->setToolTip(tr("Length of the song in bars"));
     return row;
 }
 
@@ -100,6 +101,7 @@ QWidget* TransportView::makeGrid() {
     m_grid =
         row->addSegments<GridDivision>(tr("Grid"), choices, Palette::accent(ChannelKind::noise),
                                        [this](GridDivision grid) { m_vm.setGrid(grid); });
+    m_grid->setToolTip(tr("Steps in which notes are drawn, moved and resized"));
     return row;
 }
 

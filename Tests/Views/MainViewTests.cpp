@@ -46,12 +46,22 @@ TEST(MainView, LeavesTheKeyboardToTheGridWhenControlsAreClicked) {
         }
 }
 
-TEST(MainView, WalksItsControlsInReadingOrder) {
+/// What a widget's tooltip says; it shows its parent's if it has none.
+QString toolTip(const QWidget* widget) {
+    while (widget->toolTip().isEmpty() && widget->parentWidget())
+        widget = widget->parentWidget();
+    return widget->toolTip();
+}
+
+TEST(MainView, WalksItsControlsInReadingOrderAndExplainsThem) {
     WindowHarness window;
     QStringList names;
     do {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        names.push_back(QApplication::focusWidget()->accessibleName());
+        const QWidget* control = QApplication::focusWidget();
+        names.push_back(control->accessibleName());
+        EXPECT_EQ(toolTip(control).isEmpty(), control == &window.roll())
+            << names.back().toStdString();
     } while (names.back() != "Piano roll" && names.size() < 60);
     EXPECT_EQ(names.join(", ").toStdString(),
               "PULSE 1, PULSE 1 mute, PULSE 1 volume, PULSE 2, PULSE 2 mute, PULSE 2 volume, "
