@@ -181,10 +181,9 @@ private:
     void changeHistory(Change change);
     void clearHistory();
     void didChange(bool projectDiffers = true);
-    void scheduleAutosave(std::optional<std::filesystem::path> fileURL);
-    // These take copies because the task that holds them may be replaced meanwhile.
-    void autosave(std::optional<std::filesystem::path> fileURL);
-    void autosaveDocument(std::filesystem::path url);
+    /// `fileURL` is the document's file at the time of the edit.
+    void autosave(const std::optional<std::filesystem::path>& fileURL);
+    void autosaveDocument(const std::filesystem::path& url);
     void writeDocument(const std::filesystem::path& url);
     /// Whether that went well.
     bool writeInBackground(const std::filesystem::path& url);

@@ -61,24 +61,20 @@ void ProjectViewModel::didChange(bool projectDiffers) {
     m_audio.update(m_project);
     // The project needs no copy: whatever changes it comes here and restarts the delay, and what
     // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
-    scheduleAutosave(m_fileURL);
+    m_autosaveTask =
+        m_services.mainLoop.after(autosaveDelay, [this, url = m_fileURL] { autosave(url); });
     if (projectDiffers)
         Q_EMIT projectChanged();
 }
 
-void ProjectViewModel::scheduleAutosave(std::optional<std::filesystem::path> fileURL) {
-    m_autosaveTask = m_services.mainLoop.after(
-        autosaveDelay, [this, fileURL = std::move(fileURL)] { autosave(fileURL); });
-}
-
-void ProjectViewModel::autosave(std::optional<std::filesystem::path> fileURL) {
+void ProjectViewModel::autosave(const std::optional<std::filesystem::path>& fileURL) {
     if (m_autosaveURL)
         writeInBackground(*m_autosaveURL);
     if (fileURL)
-        autosaveDocument(std::move(*fileURL));
+        autosaveDocument(*fileURL);
 }
 
-void ProjectViewModel::autosaveDocument(std::filesystem::path url) {
+void ProjectViewModel::autosaveDocument(const std::filesystem::path& url) {
     // What the user is about to discard must not reach the song's file while a dialog asks.
     if (m_isReplacing) {
         m_autosaveTask =
