@@ -225,7 +225,8 @@ private:
     std::vector<Project> m_redoStack;
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
-    /// The last background write to the document's file has failed, so only the autosave has it.
+    /// The last background write to the document's file has failed; at most the autosave file has
+    /// it.
     bool m_isFileBehind = false;
     bool m_isAsking = false;
     /// From the question about unsaved work until the document has been replaced or kept.
