@@ -79,8 +79,9 @@ public:
 
     // Notes of the selected channel.
 
-    /// Adds a note of one grid step at the grid step that holds `start`, and selects it.
-    void addNote(std::int64_t pitch, std::int64_t start);
+    /// Adds a note of one grid step at the grid step that holds `start`, and selects it. Returns the
+    /// note; nothing if the step lies past the end of the pattern.
+    std::optional<Note> addNote(std::int64_t pitch, std::int64_t start);
     /// Stores the values as they are and records no undo step: a drag records one when it begins.
     void updateNote(const Uuid& id, const NoteChange& change);
     void deleteNote(const Uuid& id);
@@ -151,6 +152,9 @@ Q_SIGNALS:
     void isEditingTextChanged();
     /// `canUndo` or `canRedo` has changed.
     void historyChanged();
+    /// Undo or redo has put another state of the project in place, perhaps an equal one. Sent
+    /// before the signals of what that changed.
+    void historyTravelled();
     /// The document was replaced by a new or opened one. Sent before `projectChanged`, when all
     /// other fields already tell of the new document.
     void documentReplaced();

@@ -30,18 +30,19 @@ std::optional<Note> ProjectViewModel::note(const Uuid& id) const {
     return found == notes.end() ? std::nullopt : std::optional(*found);
 }
 
-void ProjectViewModel::addNote(std::int64_t pitch, std::int64_t start) {
+std::optional<Note> ProjectViewModel::addNote(std::int64_t pitch, std::int64_t start) {
     const std::int64_t step = m_project.gridStep();
     const std::int64_t total = m_project.totalTicks();
     const std::int64_t raised = std::max<std::int64_t>(start, 0);
     const std::int64_t snapped = raised - raised % step;
     if (snapped >= total)
-        return;
+        return std::nullopt;
     const Note note = {.pitch = pitch, .start = snapped, .length = std::min(total - snapped, step)};
     pushUndo();
     editedNotes().push_back(note);
     didChange();
     setSelection({note.id});
+    return note;
 }
 
 void ProjectViewModel::updateNote(const Uuid& id, const NoteChange& change) {

@@ -34,6 +34,7 @@ void ProjectViewModel::undo() {
         m_redoStack.push_back(std::exchange(m_project, std::move(m_undoStack.back())));
         m_undoStack.pop_back();
     });
+    Q_EMIT historyTravelled();
     pruneSelection();
     didChange(m_project != m_redoStack.back());
 }
@@ -45,6 +46,7 @@ void ProjectViewModel::redo() {
         m_undoStack.push_back(std::exchange(m_project, std::move(m_redoStack.back())));
         m_redoStack.pop_back();
     });
+    Q_EMIT historyTravelled();
     pruneSelection();
     didChange(m_project != m_undoStack.back());
 }
