@@ -6,8 +6,8 @@
 #include "ViewModels/ProjectViewModel.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 namespace mossbit {
@@ -15,8 +15,8 @@ namespace mossbit {
 /// A view model without the real system: its autosave never comes due, and nothing is written.
 struct UnseenModel {
     struct NoFile : AtomicFile {
-        void write(const std::filesystem::path&, std::string_view) override {}
-        void removeLeftovers(const std::filesystem::path&) noexcept override {}
+        void write(const std::filesystem::path&, const std::function<void(const Put&)>&) override {}
+        void move(const std::filesystem::path&, const std::filesystem::path&) override {}
     };
 
     FakeMainLoop loop;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 
 namespace mossbit {
@@ -10,15 +11,26 @@ class AtomicFile {
 public:
     virtual ~AtomicFile() = default;
 
-    /// Writes `bytes` to a temporary file in the target's folder and renames it onto `path`. An
-    /// existing file keeps its permissions, and a symbolic link keeps pointing at it.
-    ///
-    /// Throws `std::system_error` with the system's own description; the old file is then
-    /// untouched and no temporary is left. After the rename nothing fails any more.
-    virtual void write(const std::filesystem::path& path, std::string_view bytes) = 0;
+    /// Takes the next piece of a file's content.
+    using Put = std::function<void(std::string_view piece)>;
 
-    /// Removes the temporary files in `folder` that a killed program left behind. Never fails.
-    virtual void removeLeftovers(const std::filesystem::path& folder) noexcept = 0;
+    /// Lets `putContent` write to a temporary file in the target's folder and renames that onto
+    /// `path`. An existing file keeps its permissions, and a symbolic link keeps pointing at it.
+    /// Temporaries that a killed program left in the folder more than an hour ago are removed.
+    ///
+    /// Throws `std::system_error` with the system's own description, or what `putContent` throws;
+    /// the old file is then untouched and no temporary is left. After the rename nothing fails any
+    /// more.
+    virtual void write(const std::filesystem::path& path,
+                       const std::function<void(const Put&)>& putContent) = 0;
+
+    void write(const std::filesystem::path& path, std::string_view bytes) {
+        write(path, [bytes](const Put& put) { put(bytes); });
+    }
+
+    /// Renames a file, replacing what is at `to`. Throws `std::system_error`; both are then what
+    /// they were.
+    virtual void move(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
 };
 
 } // namespace mossbit

@@ -5,16 +5,15 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <random>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -91,11 +90,32 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
+/// Removes the temporaries beside a new file that a killed program left there. Their age is told
+/// by the file system's clock, which may be another machine's.
+void removeLeftovers(const fs::path& newFile) noexcept {
+    try {
+        const fs::file_time_type anHourAgo = fs::last_write_time(newFile) - std::chrono::hours(1);
+        for (const fs::directory_entry& entry : fs::directory_iterator(folderOf(newFile))) {
+            std::error_code ignored;
+            if (isTemporaryName(entry.path().filename().string()) &&
+                entry.last_write_time(ignored) < anHourAgo && !ignored)
+                fs::remove(entry.path(), ignored);
+        }
+    } catch (const std::exception&) {
+        // A folder that cannot be listed keeps what it holds.
+    }
+}
+
 /// A temporary file that is removed again unless it was renamed.
 class Temporary {
 public:
     Temporary(const PosixFileCalls& calls, const fs::path& folder, mode_t mode)
-        : m_calls(calls), m_path(), m_file(create(folder, mode)) {}
+        : m_calls(calls), m_path(folder / temporaryName()), m_file(uninterrupted([&] {
+              return calls.open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+          })) {
+        if (!m_file)
+            fail(errno, m_path);
+    }
     Temporary(const Temporary&) = delete;
     Temporary& operator=(const Temporary&) = delete;
     ~Temporary() {
@@ -132,6 +152,9 @@ public:
                 fail(count < 0 ? errno : ENOSPC, m_path);
             bytes.remove_prefix(static_cast<std::size_t>(count));
         }
+    }
+
+    void sync() {
         if (uninterrupted([&] { return m_calls.sync(m_file.number()); }) != 0)
             fail(errno, m_path);
     }
@@ -143,32 +166,6 @@ public:
     }
 
 private:
-    Descriptor create(const fs::path& folder, mode_t mode) {
-        constexpr int mostTries = 100;
-        for (int tries = 0; tries < mostTries; ++tries) {
-            const fs::path path = folder / temporaryName();
-            Descriptor file(uninterrupted([&] {
-                return m_calls.open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-            }));
-            if (!file && errno == EEXIST)
-                continue;
-            if (!file)
-                fail(errno, path);
-            if (isOurs(file)) {
-                m_path = path;
-                return file;
-            }
-        }
-        fail(EEXIST, folder);
-    }
-
-    /// Locks the file. Someone who removes leftovers may have come between its making and this.
-    static bool isOurs(const Descriptor& file) {
-        struct stat status {};
-        const bool isTaken = ::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        return !isTaken && ::fstat(file.number(), &status) == 0 && status.st_nlink > 0;
-    }
-
     const PosixFileCalls& m_calls;
     fs::path m_path;
     Descriptor m_file;
@@ -196,43 +193,34 @@ PosixFileCalls PosixFileCalls::real() {
 
 PosixAtomicFile::PosixAtomicFile(PosixFileCalls calls) : m_calls(std::move(calls)) {}
 
-void PosixAtomicFile::write(const fs::path& path, std::string_view bytes) {
+void PosixAtomicFile::write(const fs::path& path,
+                            const std::function<void(const Put&)>& putContent) {
     const fs::path target = linkTarget(path);
     const std::optional<struct stat> old = statusOfTarget(target);
-    const fs::path folder = folderOf(target);
     // What replaces a private file must not be readable for a moment either.
     constexpr mode_t newFile = 0666, privateFile = 0600;
     {
-        Temporary temporary(m_calls, folder, old ? privateFile : newFile);
+        Temporary temporary(m_calls, folderOf(target), old ? privateFile : newFile);
         if (old)
             temporary.adoptPermissions(*old);
-        temporary.write(bytes);
+        putContent([&](std::string_view piece) { temporary.write(piece); });
+        temporary.sync();
         temporary.renameTo(target);
     }
-    const Descriptor folderFile(
-        m_calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
-    if (folderFile)
-        m_calls.sync(folderFile.number());
+    syncFolder(folderOf(target));
+    removeLeftovers(target);
 }
 
-void PosixAtomicFile::removeLeftovers(const fs::path& folder) noexcept {
-    try {
-        std::vector<fs::path> candidates;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-            if (isTemporaryName(entry.path().filename().string()))
-                candidates.push_back(entry.path());
-        }
-        for (const fs::path& path : candidates) {
-            const Descriptor file(
-                ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-            struct stat status {};
-            if (file && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
-                ::flock(file.number(), LOCK_EX | LOCK_NB) == 0)
-                ::unlink(path.c_str());
-        }
-    } catch (const std::exception&) {
-        // A folder that cannot be listed keeps what it holds.
-    }
+void PosixAtomicFile::move(const fs::path& from, const fs::path& to) {
+    if (m_calls.rename(from.c_str(), to.c_str()) != 0)
+        fail(errno, from);
+    syncFolder(folderOf(to));
+}
+
+void PosixAtomicFile::syncFolder(const fs::path& folder) const {
+    const Descriptor file(m_calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
+    if (file)
+        m_calls.sync(file.number());
 }
 
 } // namespace mossbit

@@ -21,17 +21,18 @@ struct PosixFileCalls {
 };
 
 /// The file system of a POSIX system.
-///
-/// A temporary file is locked for as long as its writer lives, on whatever machine that runs, so
-/// what can be locked in `removeLeftovers` is nobody's any more.
 class PosixAtomicFile final : public AtomicFile {
 public:
     explicit PosixAtomicFile(PosixFileCalls calls = PosixFileCalls::real());
 
-    void write(const std::filesystem::path& path, std::string_view bytes) override;
-    void removeLeftovers(const std::filesystem::path& folder) noexcept override;
+    using AtomicFile::write;
+    void write(const std::filesystem::path& path,
+               const std::function<void(const Put&)>& putContent) override;
+    void move(const std::filesystem::path& from, const std::filesystem::path& to) override;
 
 private:
+    void syncFolder(const std::filesystem::path& folder) const;
+
     PosixFileCalls m_calls;
 };
 

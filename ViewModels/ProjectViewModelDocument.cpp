@@ -44,7 +44,6 @@ ProjectViewModel::ProjectViewModel(const ViewModelServices& services,
 ProjectViewModel::~ProjectViewModel() = default;
 
 void ProjectViewModel::restore() {
-    m_services.files.removeLeftovers(m_autosaveURL->parent_path());
     try {
         m_project = ProjectStore::read(*m_autosaveURL);
     } catch (const std::exception&) {
@@ -113,7 +112,6 @@ void ProjectViewModel::openAfterAsking(const fs::path& url, UnsavedWork unsavedW
         setAlertMessage("Could not open that project: " + description(error));
         return;
     }
-    m_services.files.removeLeftovers(url.parent_path());
     replaceDocument(std::move(*project), url, unsavedWork);
 }
 

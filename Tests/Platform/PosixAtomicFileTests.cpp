@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <functional>
 #include <system_error>
 #include <utility>
@@ -30,6 +31,14 @@ int writeError(PosixAtomicFile& files, const fs::path& path, std::string_view by
         return error.code().value();
     }
     return 0;
+}
+
+/// A system call that fails.
+auto failing(int error) {
+    return [error](auto&&...) {
+        errno = error;
+        return -1;
+    };
 }
 
 TEST(PosixAtomicFile, KeepsPermissionsAndGivesNewFilesTheUsualOnes) {
@@ -96,12 +105,6 @@ TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {
 }
 
 TEST(PosixAtomicFile, LeavesEverythingAsItWasWhenAStepFails) {
-    const auto failing = [](int error) {
-        return [error](auto&&...) {
-            errno = error;
-            return -1;
-        };
-    };
     const auto outOfSpace = [room = ssize_t{2}](int descriptor, const void* bytes,
                                                 std::size_t) mutable -> ssize_t {
         errno = ENOSPC;
@@ -156,27 +159,31 @@ TEST(PosixAtomicFile, WritesAllAndSyncsItBeforeAndTheFolderAfterTheRename) {
     EXPECT_EQ(bytesOf(folder / "file"), "0123456789");
 }
 
-TEST(PosixAtomicFile, RemovesTheTemporariesOfTheDeadOnly) {
+TEST(PosixAtomicFile, RemovesTemporariesThatWereLeftAnHourAgo) {
     const ScratchFolder folder;
-    putBytes(folder / ".mossbit-0123456789abcdef.tmp", "half");
-    putBytes(folder / ".mossbit-0123456789ABCDEF.tmp", "not ours");
-    putBytes(folder / ".mossbit-notes.tmp", "not ours");
+    const auto old = fs::file_time_type::clock::now() - std::chrono::minutes(61);
+    for (const char* name :
+         {".mossbit-0123456789abcdef.tmp", ".mossbit-0123456789ABCDEF.tmp", ".mossbit-notes.tmp"}) {
+        putBytes(folder / name, "half");
+        fs::last_write_time(folder / name, old);
+    }
+    putBytes(folder / ".mossbit-0000000000000000.tmp", "of another writer");
+    PosixAtomicFile().write(folder / "file", "whole");
+    EXPECT_FALSE(fs::exists(folder / ".mossbit-0123456789abcdef.tmp"));
+    EXPECT_EQ(folder.entryCount(), 4);
+}
+
+TEST(PosixAtomicFile, MovesAFileOrLeavesBoth) {
+    const ScratchFolder folder;
+    putBytes(folder / "new", "new");
+    putBytes(folder / "old", "old");
     PosixFileCalls calls = PosixFileCalls::real();
-    const auto removeLeftovers = [&] { PosixAtomicFile().removeLeftovers(folder.path()); };
-    calls.sync = [&](int) {
-        removeLeftovers();
-        return 0;
-    };
-    // Between the making of the file and its lock it does get lost; then there is another.
-    calls.open = [&, isFirst = true](const char* path, int flags, mode_t mode) mutable {
-        const int descriptor = ::open(path, flags, mode);
-        if (std::exchange(isFirst, false))
-            removeLeftovers();
-        return descriptor;
-    };
-    PosixAtomicFile(calls).write(folder / "file", "whole");
-    EXPECT_EQ(bytesOf(folder / "file"), "whole");
-    EXPECT_EQ(folder.entryCount(), 3);
+    calls.rename = failing(EROFS);
+    EXPECT_THROW(PosixAtomicFile(calls).move(folder / "new", folder / "old"), std::system_error);
+    EXPECT_EQ(bytesOf(folder / "old"), "old");
+    PosixAtomicFile().move(folder / "new", folder / "old");
+    EXPECT_EQ(bytesOf(folder / "old"), "new");
+    EXPECT_EQ(folder.entryCount(), 1);
 }
 
 } // namespace

@@ -25,15 +25,16 @@ public:
     /// An error number that every write ends with, or 0.
     int failure = 0;
 
-    void write(const std::filesystem::path& path, std::string_view bytes) override {
+    void write(const std::filesystem::path& path,
+               const std::function<void(const Put&)>& putContent) override {
         written.push_back(path);
         if (failure != 0)
             throw std::system_error(failure, std::generic_category());
-        m_real.write(path, bytes);
+        m_real.write(path, putContent);
     }
 
-    void removeLeftovers(const std::filesystem::path& folder) noexcept override {
-        m_real.removeLeftovers(folder);
+    void move(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        m_real.move(from, to);
     }
 
 private:
