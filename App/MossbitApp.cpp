@@ -2,6 +2,7 @@
 
 #include "App/DocumentWindow.h"
 #include "App/FilePaths.h"
+#include "Platform/SystemLog.h"
 #include "Services/ProjectStore.h"
 
 #include <QApplication>
@@ -60,7 +61,8 @@ void MossbitApp::makeDocument() {
     m_autosaveLock = std::make_unique<FileLock>(autosave->parent_path() / "Autosave.lock");
     if (m_autosaveLock->isTaken())
         autosave.reset();
-    const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, m_audioOutput, m_log};
+    const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, m_audioOutput,
+                                        writeSystemLog};
     m_viewModel = std::make_unique<ProjectViewModel>(services, std::nullopt, autosave);
 }
 

@@ -9,7 +9,6 @@
 #include "Platform/QtDialogs.h"
 #include "Platform/QtMainLoop.h"
 #include "Platform/SdlAudioOutput.h"
-#include "Platform/SyslogSystemLog.h"
 #include "ViewModels/ProjectViewModel.h"
 
 #include <filesystem>
@@ -36,7 +35,6 @@ private:
     void followTheSystem();
 
     QtAppPaths m_paths;
-    SyslogSystemLog m_log;
     QtMainLoop m_mainLoop;
     QtDialogs m_dialogs;
     PosixAtomicFile m_files;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <string>
+#include <utility>
 
 namespace mossbit {
 
@@ -28,7 +29,8 @@ std::shared_ptr<const RenderPattern> compile(const Project& project) {
 
 } // namespace
 
-AudioEngine::AudioEngine(AudioOutput& engine, SystemLog& log) : m_engine(engine), m_log(log) {}
+AudioEngine::AudioEngine(AudioOutput& engine, SystemLog log)
+    : m_engine(engine), m_log(std::move(log)) {}
 
 AudioEngine::~AudioEngine() {
     // The output lives on and would go on pulling a core that nobody can stop any more.
@@ -63,7 +65,7 @@ void AudioEngine::play(const Project& project) {
         try {
             m_engine.start();
         } catch (const std::exception& error) {
-            m_log.write(std::string("Mossbit: audio engine failed to start — ") + error.what());
+            m_log(std::string("Mossbit: audio engine failed to start — ") + error.what());
             m_isPlaying = false;
             return;
         }

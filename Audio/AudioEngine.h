@@ -14,7 +14,7 @@ namespace mossbit {
 /// on its own thread.
 class AudioEngine {
 public:
-    AudioEngine(AudioOutput& engine, SystemLog& log);
+    AudioEngine(AudioOutput& engine, SystemLog log);
     ~AudioEngine();
     AudioEngine(const AudioEngine&) = delete;
     AudioEngine& operator=(const AudioEngine&) = delete;
@@ -42,7 +42,7 @@ public:
 
 private:
     AudioOutput& m_engine;
-    SystemLog& m_log;
+    SystemLog m_log;
     /// Shared with the source that the device calls, so that it outlives any call under way.
     std::shared_ptr<ChipCore> m_core;
     bool m_configured = false;

@@ -1,16 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 namespace mossbit {
 
-/// The log that a system administrator reads.
-class SystemLog {
-public:
-    virtual ~SystemLog() = default;
+/// Takes one line for the system log.
+using SystemLog = std::function<void(std::string_view line)>;
 
-    /// Writes one line. `line` is UTF-8 without a line break.
-    virtual void write(std::string_view line) = 0;
-};
+/// Writes to the real one, and to standard error for whoever started the program in a terminal.
+void writeSystemLog(std::string_view line);
 
 } // namespace mossbit

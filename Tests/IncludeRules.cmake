@@ -26,7 +26,7 @@ set(allowed_Sound "Platform/[^/]+\\.cpp")
 set(qtOfViewModels "QObject|QString|QStringList|QPointer|QtGlobal|QtCore/.*")
 
 # Platform's interfaces are for all, what implements them for those who put a program together.
-set(implementations "Platform/(Posix|Qt|Sdl|Syslog).*")
+set(implementations "Platform/(Posix|Qt|Sdl).*")
 
 function(matches_any result text)
     set(${result} FALSE PARENT_SCOPE)

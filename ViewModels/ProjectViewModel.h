@@ -27,7 +27,7 @@ struct ViewModelServices {
     Dialogs& dialogs;
     AtomicFile& files;
     AudioOutput& audioOutput;
-    SystemLog& log;
+    SystemLog log;
 };
 
 /// The open document and everything that can be done to it. Main thread only. Each signal is sent

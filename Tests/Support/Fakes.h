@@ -56,11 +56,12 @@ private:
     }
 };
 
-class FakeSystemLog : public SystemLog {
-public:
+struct FakeSystemLog {
     std::vector<std::string> lines;
 
-    void write(std::string_view line) override { lines.emplace_back(line); }
+    operator SystemLog() {
+        return [this](std::string_view line) { lines.emplace_back(line); };
+    }
 };
 
 } // namespace mossbit

@@ -1,4 +1,4 @@
-#include "Platform/SyslogSystemLog.h"
+#include "Platform/SystemLog.h"
 
 #include <syslog.h>
 
@@ -7,7 +7,7 @@
 
 namespace mossbit {
 
-void SyslogSystemLog::write(std::string_view line) {
+void writeSystemLog(std::string_view line) {
     const std::string text(line);
     syslog(LOG_USER | LOG_ERR, "%s", text.c_str());
     std::cerr << text + '\n';
