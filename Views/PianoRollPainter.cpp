@@ -1,9 +1,6 @@
 #include "Views/PianoRollPainter.h"
 
-#include <QImage>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace mossbit {
@@ -13,9 +10,6 @@ namespace {
 constexpr std::int64_t rowsPerOctave = 12;
 /// Lines reach past the exposed part at most this far, in points.
 constexpr double reach = 2;
-/// Device pixels. Lower parts are quicker painted than copied.
-constexpr int lowestTiled = 64;
-constexpr int tallestTile = 64;
 
 std::int64_t rowAt(double y, const PianoRollGeometry& geometry) {
     const auto row = static_cast<std::int64_t>(std::floor(y / geometry.rowHeight));
@@ -46,130 +40,54 @@ bool PianoRollPainter::isExposed(const Note& note) const {
            row < m_endRow;
 }
 
-void PianoRollPainter::paintAll(const Project& project, int channelIndex,
-                                const std::unordered_set<Uuid>& selection,
-                                std::int64_t playheadTick) {
-    if (m_exposedPixels.height() < lowestTiled)
-        emptyGrid();
-    else
-        emptyGridFromTiles();
+void PianoRollPainter::paint(const Project& project, int channelIndex,
+                             const std::unordered_set<Uuid>& selection, std::int64_t playheadTick) {
+    const QColor barLine = withOpacity(Palette::textDim, 0.65);
+    m_pixels.fillPixels(m_exposedPixels, Palette::well);
+    rowBands();
+    rowSeparators();
+    tickLines(m_geometry.gridStep, withOpacity(Palette::line, 0.35));
+    tickLines(ticksPerBeat, withOpacity(Palette::line, 0.8));
+    tickLines(ticksPerBar, barLine);
+    endLine(barLine);
     ghostNotes(project, channelIndex);
     notes(project.channels[static_cast<std::size_t>(channelIndex)], selection);
     barNumbers();
     playhead(playheadTick);
 }
 
-void PianoRollPainter::emptyGrid() {
-    background();
-    rowBands();
-    rowSeparators();
-    gridStepLines();
-    beatLines();
-    barLines();
-}
-
-void PianoRollPainter::background() {
-    m_pixels.fillPixels(m_exposedPixels, Palette::well);
-}
-
-bool PianoRollPainter::isBand(std::int64_t row) const {
-    return m_geometry.isNoise ? row % 2 == 1 : PitchRange::isBlackKey(m_geometry.pitch(row));
-}
-
-QRect PianoRollPainter::rowPixels(std::int64_t row) const {
-    const int top = m_pixels.deviceY(m_geometry.rowHeight * static_cast<double>(row));
-    const int end = m_pixels.deviceY(m_geometry.rowHeight * static_cast<double>(row + 1));
-    return {m_grid.x(), top, m_grid.width(), end - top};
+QRectF PianoRollPainter::rowRect(std::int64_t row) const {
+    const double top = m_geometry.rowHeight * static_cast<double>(row);
+    return {0, top, m_geometry.width(), m_geometry.rowHeight};
 }
 
 void PianoRollPainter::rowBands() {
     for (std::int64_t row = m_firstRow; row < m_endRow; ++row)
-        if (isBand(row))
-            m_pixels.fillPixels(rowPixels(row) & m_grid, Palette::background);
+        if (m_geometry.isNoise ? row % 2 == 1 : PitchRange::isBlackKey(m_geometry.pitch(row)))
+            m_pixels.fill(rowRect(row), Palette::background);
 }
 
 void PianoRollPainter::rowSeparators() {
     const QColor color = withOpacity(Palette::line, 0.4);
-    for (std::int64_t row = std::max<std::int64_t>(m_firstRow, 1); row < m_endRow; ++row) {
-        QRect line = rowPixels(row);
-        line.setHeight(m_pixels.thickness(1));
-        m_pixels.fillPixels(line & m_grid, color);
-    }
+    for (std::int64_t row = std::max<std::int64_t>(m_firstRow, 1); row < m_endRow; ++row)
+        m_pixels.edge(rowRect(row), Qt::TopEdge, color);
+}
+
+void PianoRollPainter::verticalLine(int x, int width, const QColor& color) {
+    m_pixels.fillPixels(QRect(x, m_grid.y(), width, m_grid.height()) & m_grid, color);
 }
 
 void PianoRollPainter::tickLines(std::int64_t step, const QColor& color) {
-    const double distance = m_geometry.cellWidth * static_cast<double>(step);
-    const auto first = std::max<std::int64_t>(
-        static_cast<std::int64_t>(std::floor(m_exposed.left() / distance)), 0);
+    const std::int64_t first = std::max<std::int64_t>(m_firstTick / step, 0) * step;
+    const std::int64_t end = std::min(m_endTick + 1, m_geometry.totalTicks);
+    for (std::int64_t tick = first; tick < end; tick += step)
+        verticalLine(m_pixels.deviceX(m_geometry.cellWidth * static_cast<double>(tick)),
+                     m_pixels.thickness(1), color);
+}
+
+void PianoRollPainter::endLine(const QColor& color) {
     const int width = m_pixels.thickness(1);
-    for (std::int64_t tick = first * step; tick < m_geometry.totalTicks; tick += step) {
-        const double x = m_geometry.cellWidth * static_cast<double>(tick);
-        if (x > m_exposed.right())
-            break;
-        m_pixels.fillPixels({m_pixels.deviceX(x), m_grid.y(), width, m_grid.height()}, color);
-    }
-}
-
-void PianoRollPainter::gridStepLines() {
-    tickLines(m_geometry.gridStep, withOpacity(Palette::line, 0.35));
-}
-
-void PianoRollPainter::beatLines() {
-    tickLines(ticksPerBeat, withOpacity(Palette::line, 0.8));
-}
-
-void PianoRollPainter::barLines() {
-    const QColor color = withOpacity(Palette::textDim, 0.65);
-    tickLines(ticksPerBar, color);
-    // The pattern's end: the last line lies inside the grid.
-    const int width = m_pixels.thickness(1);
-    m_pixels.fillPixels(
-        {m_pixels.deviceX(m_geometry.width()) - width, m_grid.y(), width, m_grid.height()}, color);
-}
-
-QImage PianoRollPainter::rowTile(std::int64_t row) const {
-    const QRect pixels = rowPixels(row);
-    QImage tile(m_exposedPixels.width(), std::min(pixels.height(), tallestTile),
-                QImage::Format_RGB32);
-    QPainter painter(&tile);
-    painter.setWorldTransform(m_pixels.transform() *
-                              QTransform::fromTranslate(-m_exposedPixels.x(), -pixels.y()));
-    PixelPainter tilePixels(painter);
-    PianoRollPainter(tilePixels, m_geometry, tile.rect()).emptyGrid();
-    return tile;
-}
-
-void PianoRollPainter::copyRow(const QImage& tile, std::int64_t row) {
-    const QRect pixels = rowPixels(row);
-    // Only the separator differs from the rows of pixels below it, and the first row has none.
-    const int separator = m_pixels.thickness(1);
-    int source = row == 0 ? separator : 0;
-    for (int y = pixels.top(); y <= pixels.bottom();) {
-        const int height = std::min(tile.height() - source, pixels.bottom() + 1 - y);
-        m_pixels.devicePainter().drawImage(QPoint(m_exposedPixels.x(), y), tile,
-                                           QRect(0, source, tile.width(), height));
-        y += height;
-        source = separator;
-    }
-}
-
-void PianoRollPainter::emptyGridFromTiles() {
-    if (!m_exposedPixels.intersects(m_grid)) {
-        background();
-        return;
-    }
-    if (m_grid.height() < m_exposedPixels.height())
-        background();
-    std::array<QImage, 2> tiles;
-    for (std::int64_t row = m_firstRow; row < m_endRow; ++row) {
-        const bool band = isBand(row);
-        QImage& tile = tiles[band ? 1 : 0];
-        // The first row has no separator, and the octave below shows both kinds of row.
-        for (std::int64_t model = std::max<std::int64_t>(row, 1); tile.isNull(); ++model)
-            if (isBand(model) == band)
-                tile = rowTile(model);
-        copyRow(tile, row);
-    }
+    verticalLine(m_pixels.deviceX(m_geometry.width()) - width, width, color);
 }
 
 void PianoRollPainter::ghostNotes(const Project& project, int channelIndex) {
@@ -223,9 +141,7 @@ void PianoRollPainter::playhead(std::int64_t tick) {
     if (tick < 0)
         return;
     const double x = m_geometry.cellWidth * static_cast<double>(tick);
-    const QRect line(m_pixels.deviceX(x), m_grid.y(), m_pixels.thickness(2), m_grid.height());
-    // The end of the song is the grid's: nothing shows beside it.
-    m_pixels.fillPixels(line & m_grid, withOpacity(Palette::text, 0.85));
+    verticalLine(m_pixels.deviceX(x), m_pixels.thickness(2), withOpacity(Palette::text, 0.85));
 }
 
 } // namespace mossbit

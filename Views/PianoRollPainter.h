@@ -7,41 +7,30 @@
 
 namespace mossbit {
 
-/// Paints the exposed part of the piano roll's grid, one layer per call, from the back to the
-/// front. Its cost follows what is exposed.
+/// Paints the exposed part of the piano roll's grid. Its cost follows what is exposed.
 class PianoRollPainter {
 public:
     /// `pixels` works in the grid's points; `exposed` is the part to paint, in device pixels.
     PianoRollPainter(PixelPainter& pixels, const PianoRollGeometry& geometry, const QRect& exposed);
 
-    /// Every layer. The background is opaque, so that painting twice is painting once.
-    void paintAll(const Project& project, int channelIndex,
-                  const std::unordered_set<Uuid>& selection, std::int64_t playhead);
+    /// Every layer, from the back to the front. The background is opaque, so that painting twice is
+    /// painting once.
+    void paint(const Project& project, int channelIndex, const std::unordered_set<Uuid>& selection,
+               std::int64_t playheadTick);
 
-    /// All layers of the empty grid, up to the bar lines. The second one paints one row of each
-    /// kind and copies it, which is the same to the pixel and much faster.
-    void emptyGrid();
-    void emptyGridFromTiles();
-
+private:
+    void rowBands();
+    void rowSeparators();
+    void tickLines(std::int64_t step, const QColor& color);
+    void endLine(const QColor& color);
     void ghostNotes(const Project& project, int channelIndex);
     void notes(const Channel& channel, const std::unordered_set<Uuid>& selection);
     void barNumbers();
     void playhead(std::int64_t tick);
 
-private:
-    void background();
-    void rowBands();
-    void rowSeparators();
-    void gridStepLines();
-    void beatLines();
-    void barLines();
-
-    bool isBand(std::int64_t row) const;
-    /// The device rows of a row of the grid.
-    QRect rowPixels(std::int64_t row) const;
-    QImage rowTile(std::int64_t row) const;
-    void tickLines(std::int64_t step, const QColor& color);
-    void copyRow(const QImage& tile, std::int64_t row);
+    QRectF rowRect(std::int64_t row) const;
+    /// A line over the full height of the grid.
+    void verticalLine(int x, int width, const QColor& color);
     bool isExposed(const QRectF& rect) const { return rect.intersects(m_exposed); }
     /// The same for a note, without computing its rectangle: most notes of a long song are hidden.
     bool isExposed(const Note& note) const;

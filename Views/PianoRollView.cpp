@@ -295,8 +295,7 @@ void PianoRollView::paintEvent(QPaintEvent* event) {
             pixels.transform().mapRect(QRectF(rect.translated(offset()))).toAlignedRect();
         painter.setClipRect(exposed);
         PianoRollPainter(pixels, m_grid, exposed)
-            .paintAll(m_vm.project(), m_vm.selectedChannelIndex(), m_vm.selection(),
-                      m_vm.playhead());
+            .paint(m_vm.project(), m_vm.selectedChannelIndex(), m_vm.selection(), m_vm.playhead());
     }
 }
 
