@@ -22,8 +22,8 @@ public:
     [[nodiscard]] virtual std::unique_ptr<Task> after(std::chrono::milliseconds delay,
                                                       std::function<void()> action) = 0;
 
-    /// Runs `action` every `interval`, without drifting; late calls are not caught up.
-    [[nodiscard]] virtual std::unique_ptr<Task> every(std::chrono::duration<double> interval,
+    /// Runs `action` every `interval`; late calls are not caught up.
+    [[nodiscard]] virtual std::unique_ptr<Task> every(std::chrono::milliseconds interval,
                                                       std::function<void()> action) = 0;
 };
 

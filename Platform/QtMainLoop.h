@@ -9,7 +9,7 @@ class QtMainLoop final : public MainLoop {
 public:
     std::unique_ptr<Task> after(std::chrono::milliseconds delay,
                                 std::function<void()> action) override;
-    std::unique_ptr<Task> every(std::chrono::duration<double> interval,
+    std::unique_ptr<Task> every(std::chrono::milliseconds interval,
                                 std::function<void()> action) override;
 };
 

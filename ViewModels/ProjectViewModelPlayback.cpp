@@ -3,8 +3,8 @@
 namespace mossbit {
 
 namespace {
-/// In seconds.
-constexpr std::chrono::duration<double> playheadInterval{1.0 / 60};
+/// About sixty times a second.
+constexpr std::chrono::milliseconds playheadInterval{16};
 constexpr const char* noSound = "Could not start the audio engine.";
 } // namespace
 

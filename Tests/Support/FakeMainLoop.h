@@ -21,7 +21,7 @@ public:
         return std::make_unique<Timer>(*this, delay, Seconds(0), std::move(action));
     }
 
-    [[nodiscard]] std::unique_ptr<Task> every(Seconds interval,
+    [[nodiscard]] std::unique_ptr<Task> every(std::chrono::milliseconds interval,
                                               std::function<void()> action) override {
         return std::make_unique<Timer>(*this, interval, interval, std::move(action));
     }
