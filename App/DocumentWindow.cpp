@@ -61,7 +61,7 @@ void DocumentWindow::bringToFront() {
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event) {
-    event->setAccepted(!m_asksBeforeClosing || m_vm.confirmDiscardIfNeeded());
+    event->setAccepted(m_vm.confirmClosing());
 }
 
 void DocumentWindow::dragEnterEvent(QDragEnterEvent* event) {

@@ -13,9 +13,6 @@ class DocumentWindow : public QMainWindow {
 public:
     explicit DocumentWindow(ProjectViewModel& vm);
 
-    /// Makes closing ask about unsaved work, for a document that no autosave brings back.
-    void setAsksBeforeClosing(bool asks) { m_asksBeforeClosing = asks; }
-
     /// To the front, out of the task bar if need be.
     void bringToFront();
 
@@ -33,7 +30,6 @@ private:
     void showTitle();
 
     ProjectViewModel& m_vm;
-    bool m_asksBeforeClosing = false;
 };
 
 } // namespace mossbit

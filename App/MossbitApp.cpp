@@ -2,8 +2,11 @@
 
 #include "App/DocumentWindow.h"
 #include "App/FilePaths.h"
+#include "Platform/AppPaths.h"
+#include "Platform/FileLock.h"
 #include "Platform/SystemLog.h"
 #include "Services/ProjectStore.h"
+#include "Services/RecoveryFiles.h"
 
 #include <QApplication>
 #include <QSessionManager>
@@ -57,10 +60,10 @@ void MossbitApp::followTheSystem() {
 }
 
 void MossbitApp::makeDocument() {
-    std::optional<std::filesystem::path> autosave = ProjectStore::autosaveURL(m_paths);
-    m_autosaveLock = std::make_unique<FileLock>(autosave->parent_path() / "Autosave.lock");
-    if (m_autosaveLock->isTaken())
-        autosave.reset();
+    const std::filesystem::path autosave = ProjectStore::autosaveURL(applicationSupportFolder());
+    // A copy that has just been closed may still be saving. One that goes on running keeps the
+    // autosave; this one then takes it over when the other ends.
+    waitForFileLock(RecoveryFiles::lockFile(autosave), std::chrono::seconds(2));
     const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, m_audioOutput,
                                         writeSystemLog};
     m_viewModel = std::make_unique<ProjectViewModel>(services, std::nullopt, autosave);
@@ -68,7 +71,6 @@ void MossbitApp::makeDocument() {
 
 void MossbitApp::showWindow() {
     m_window = std::make_unique<DocumentWindow>(*m_viewModel);
-    m_window->setAsksBeforeClosing(m_autosaveLock->isTaken());
     m_dialogs.setParentWindow(m_window.get());
     // Queued: a prompt must not keep the drop's sender waiting.
     QObject::connect(

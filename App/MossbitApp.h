@@ -3,9 +3,7 @@
 #include "App/AppDelegate.h"
 #include "App/EndSignals.h"
 #include "App/SessionBus.h"
-#include "Platform/FileLock.h"
 #include "Platform/PosixAtomicFile.h"
-#include "Platform/QtAppPaths.h"
 #include "Platform/QtDialogs.h"
 #include "Platform/QtMainLoop.h"
 #include "Platform/SdlAudioOutput.h"
@@ -34,7 +32,6 @@ private:
     void showWindow();
     void followTheSystem();
 
-    QtAppPaths m_paths;
     QtMainLoop m_mainLoop;
     QtDialogs m_dialogs;
     PosixAtomicFile m_files;
@@ -42,8 +39,6 @@ private:
     SessionBus m_bus;
     EndSignals m_endSignals;
     AppDelegate m_delegate;
-    /// Without the lock, another copy is looking after the autosave.
-    std::unique_ptr<FileLock> m_autosaveLock;
     std::unique_ptr<ProjectViewModel> m_viewModel;
     std::unique_ptr<DocumentWindow> m_window;
 };

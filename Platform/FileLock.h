@@ -2,6 +2,7 @@
 
 #include "Platform/Descriptor.h"
 
+#include <chrono>
 #include <filesystem>
 
 namespace mossbit {
@@ -10,16 +11,18 @@ namespace mossbit {
 /// happens; the file itself stays.
 class FileLock {
 public:
-    /// Makes `file` if need be. Never waits.
+    /// Makes `file` if need be.
     explicit FileLock(const std::filesystem::path& file);
 
-    /// Whether another process, or another lock here, had claimed it first. Where no lock can be
-    /// made, nobody has.
-    bool isTaken() const { return m_isTaken; }
+    /// Whether it is claimed for this process now: no other process and no other lock here has it.
+    /// Where no lock can be made, nobody else has one. Never waits.
+    bool claim();
 
 private:
     Descriptor m_file;
-    bool m_isTaken;
 };
+
+/// Waits until nobody has claimed `file`, but not longer than `limit`.
+void waitForFileLock(const std::filesystem::path& file, std::chrono::milliseconds limit);
 
 } // namespace mossbit

@@ -1,11 +1,11 @@
-#include "Platform/QtAppPaths.h"
+#include "Platform/AppPaths.h"
 
 #include <QFile>
 #include <QStandardPaths>
 
 namespace mossbit {
 
-std::filesystem::path QtAppPaths::applicationSupportFolder() const {
+std::filesystem::path applicationSupportFolder() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     return QFile::encodeName(folder).toStdString();
 }

@@ -61,6 +61,13 @@ std::string readFile(const std::filesystem::path& url) {
     return bytes;
 }
 
+Project withoutIds(Project project) {
+    for (Channel& channel : project.channels)
+        for (Note& note : channel.notes)
+            note.id = {};
+    return project;
+}
+
 } // namespace
 
 std::string encode(const Project& project) {
@@ -71,8 +78,16 @@ Project read(const std::filesystem::path& url) {
     return decodeProject(readFile(url));
 }
 
-std::filesystem::path autosaveURL(const AppPaths& paths) {
-    const std::filesystem::path folder = paths.applicationSupportFolder() / "Mossbit";
+bool holds(const std::filesystem::path& url, const Project& project) {
+    try {
+        return withoutIds(read(url)) == withoutIds(project);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+std::filesystem::path autosaveURL(const std::filesystem::path& applicationSupport) {
+    const std::filesystem::path folder = applicationSupport / "Mossbit";
     std::error_code ignored;
     std::filesystem::create_directories(folder, ignored);
     return folder / "Autosave.mossbit";

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Models/Project.h"
-#include "Platform/AppPaths.h"
 
 #include <filesystem>
 #include <string>
@@ -16,8 +15,12 @@ std::string encode(const Project& project);
 /// description that a person can act on. Refuses folders, devices and files over 64 MiB unread.
 Project read(const std::filesystem::path& url);
 
-/// "Mossbit/Autosave.mossbit" in the application-support folder. Makes the folder; where that
+/// Whether that file can be read and holds the same song; identifiers of notes do not count, as a
+/// file may leave them out.
+bool holds(const std::filesystem::path& url, const Project& project);
+
+/// "Mossbit/Autosave.mossbit" in the folder for application data. Makes the folder; where that
 /// fails, the location is returned all the same and writing to it will fail.
-std::filesystem::path autosaveURL(const AppPaths& paths);
+std::filesystem::path autosaveURL(const std::filesystem::path& applicationSupport);
 
 } // namespace mossbit::ProjectStore

@@ -7,11 +7,14 @@
 #include "Platform/Dialogs.h"
 #include "Platform/MainLoop.h"
 #include "Platform/SystemLog.h"
+#include "Services/RecoveryFiles.h"
+#include "ViewModels/UndoHistory.h"
 
 #include <QObject>
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,11 +48,9 @@ public:
         std::optional<std::int64_t> length = std::nullopt;
     };
 
-    static constexpr std::size_t undoLimit = 200;
-
     /// Opens `project`; without one, what the last run left in `autosaveURL`; failing that, a new
-    /// project. Without `autosaveURL` there is no autosave file; the document's own is autosaved
-    /// all the same.
+    /// project. Without `autosaveURL` there are no recovery files; the document's own file is
+    /// autosaved all the same.
     ProjectViewModel(const ViewModelServices& services, std::optional<Project> project,
                      std::optional<std::filesystem::path> autosaveURL);
     ~ProjectViewModel() override;
@@ -74,13 +75,13 @@ public:
     const std::optional<std::string>& alertMessage() const { return m_alertMessage; }
     /// Whether a text field has the keyboard, so that plain keys are not commands.
     bool isEditingText() const { return m_isEditingText; }
-    bool canUndo() const { return !m_undoStack.empty(); }
-    bool canRedo() const { return !m_redoStack.empty(); }
+    bool canUndo() const { return m_history.canUndo(); }
+    bool canRedo() const { return m_history.canRedo(); }
 
     // Notes of the selected channel.
 
-    /// Adds a note of one grid step at the grid step that holds `start`, and selects it. Returns the
-    /// note; nothing if the step lies past the end of the pattern.
+    /// Adds a note of one grid step at the grid step that holds `start`, and selects it. Returns
+    /// the note; nothing if the step lies past the end of the pattern.
     std::optional<Note> addNote(std::int64_t pitch, std::int64_t start);
     /// Stores the values as they are and records no undo step: a drag records one when it begins.
     void updateNote(const Uuid& id, const NoteChange& change);
@@ -112,23 +113,24 @@ public:
     void undo();
     void redo();
 
-    // Document.
+    // Document. A song that gives way to another without an answer of "Discard", and that no file
+    // of the user's own holds, goes into `RecoveryFiles` first. What fails in a command ends in
+    // `alertMessage`.
 
     void newProject();
     void open();
-    /// Opens without asking about unsaved work.
+    /// Opens without asking about unsaved changes.
     void open(const std::filesystem::path& url);
-    /// Opens a file that the system handed over, after asking about unsaved work; if a question or
-    /// a panel is up, once that is answered. Of several that wait the last one is opened.
+    /// Opens a file that the system handed over, after asking about unsaved changes; if a dialog is
+    /// up, once that is answered. Of several that wait the last one is opened.
     void openHandedOver(const std::filesystem::path& url);
-    /// Writes to the document's file, or asks for one. What fails in this and the other commands
-    /// ends in `alertMessage`.
+    /// Writes to the document's file, or asks for one.
     void save();
     void saveAs();
     void exportWAV();
-    /// Whether the document may go: asks if it holds unsaved work. What is discarded here is not
-    /// written by `flushAutosave` either.
-    bool confirmDiscardIfNeeded();
+    /// Whether the window may close: asks only if neither the autosave nor a file of the user's own
+    /// can be made to hold the song. What is discarded here is not written by `flushAutosave`.
+    bool confirmClosing();
     /// Writes the autosave file and the document's file now, whether or not anything has changed.
     void flushAutosave();
     void clearAlertMessage();
@@ -163,8 +165,11 @@ Q_SIGNALS:
     void typedTextNeeded();
 
 private:
-    /// What became of unsaved work before the document is replaced.
-    enum class UnsavedWork { safe, discarded, kept };
+    /// What the user wants for a song that is about to be replaced.
+    enum class Consent { refused, given, givenToDiscard };
+
+    /// True while a modal dialog is up.
+    class DialogScope;
 
     /// Sets a field, and tells its observers if that changes it.
     template <typename Field>
@@ -175,38 +180,37 @@ private:
         Q_EMIT(this->*changed)();
     }
 
-    // Editing. An edit is: `pushUndo`, change the project, `didChange`.
-    std::vector<Note>& editedNotes();
-    Channel& channelAt(int index) { return m_project.channels[static_cast<std::size_t>(index)]; }
+    // Editing.
+    /// Records an undo step, changes the project and tells of it.
+    void edit(const std::function<void(Project&)>& change);
+    void editChannel(int index, const std::function<void(Channel&)>& change);
+    const Channel& channelAt(int index) const;
     void pruneSelection();
 
     // Undo.
-    template <typename Change>
-    void changeHistory(Change change);
-    void clearHistory();
+    void changeHistory(const std::function<void()>& change);
+    void travel(void (UndoHistory::*step)(Project&));
     void didChange(bool projectDiffers = true);
+    void cancelAutosave();
     /// `fileURL` is the document's file at the time of the edit.
     void autosave(const std::optional<std::filesystem::path>& fileURL);
     void autosaveDocument(const std::filesystem::path& url);
-    void writeDocument(const std::filesystem::path& url);
-    /// Whether that went well.
-    bool writeInBackground(const std::filesystem::path& url);
+    bool writeAutosave();
+    void writeInBackground(const std::filesystem::path& url);
 
     // Document.
-    void restore();
-    void keepUnreadableAutosave();
-    template <typename Command>
-    void replaceAfterAsking(Command command);
-    UnsavedWork askAboutUnsavedWork();
-    bool isUnsaved() const;
-    template <typename Dialog>
-    auto ask(Dialog dialog);
-    void openAfterAsking(const std::filesystem::path& url, UnsavedWork unsavedWork);
-    void replaceDocument(Project project, std::optional<std::filesystem::path> url,
-                         UnsavedWork unsavedWork);
-    void keepReplacedWork(const std::optional<std::filesystem::path>& replacement);
+    Consent confirmDiscardIfNeeded();
+    Consent askAboutUnsavedWork();
+    bool isInOwnFile() const;
+    bool secureSong();
+    std::optional<Project> read(const std::filesystem::path& url);
+    void open(const std::filesystem::path& url, Consent consent);
+    bool replaceDocument(Project project, std::optional<std::filesystem::path> url,
+                         Consent consent);
+    bool saveDocument();
+    bool saveDocumentAs();
+    bool write(const std::filesystem::path& url);
     std::optional<std::filesystem::path> askWhereToSave(FileKind kind);
-    void write(const std::filesystem::path& url);
     void setAlertMessage(std::optional<std::string> message);
 
     // Playback.
@@ -224,21 +228,16 @@ private:
     std::optional<std::string> m_alertMessage;
     bool m_isEditingText = false;
     AudioEngine m_audio;
-    std::optional<std::filesystem::path> m_autosaveURL;
-    std::vector<Project> m_undoStack;
-    std::vector<Project> m_redoStack;
+    /// None without an `autosaveURL`.
+    std::optional<RecoveryFiles> m_recovery;
+    UndoHistory m_history;
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
+    /// Writes the autosave file alone, for changes that never pause.
+    std::unique_ptr<MainLoop::Task> m_autosaveLimitTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
-    /// The last background write to the document's file has failed; at most the autosave file has
-    /// it.
-    bool m_isFileBehind = false;
-    bool m_isAsking = false;
-    /// From the question about unsaved work until the document has been replaced or kept.
-    bool m_isReplacing = false;
-    bool m_isDiscarded = false;
-    /// Arrived while a dialog was up.
-    std::optional<std::filesystem::path> m_handedOverURL;
     std::unique_ptr<MainLoop::Task> m_handOverTask;
+    bool m_isDialogUp = false;
+    bool m_isDiscarded = false;
 };
 
 } // namespace mossbit

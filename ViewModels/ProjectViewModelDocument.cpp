@@ -1,9 +1,11 @@
 #include "ViewModels/ProjectViewModel.h"
 
 #include "Services/ErrorDescription.h"
+#include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 
+#include <cerrno>
 #include <exception>
 #include <system_error>
 
@@ -13,173 +15,211 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// How often a file that was handed over looks whether the dialog that it waits for is gone.
+constexpr std::chrono::milliseconds handOverDelay{50};
+
+// The buttons of the question about unsaved work.
+constexpr std::size_t saveButton = 0;
+constexpr std::size_t discardButton = 1;
+
+std::string describe(const fs::path& url, const std::exception& error) {
+    return url.filename().string() + ": " + description(error);
+}
+
 } // namespace
 
-template <typename Dialog>
-auto ProjectViewModel::ask(Dialog dialog) {
-    m_isAsking = true;
-    auto answer = dialog();
-    m_isAsking = false;
-    // A command may be about to use the answer for this document, so not before it has ended.
-    if (m_handedOverURL)
-        m_handOverTask = m_services.mainLoop.after(std::chrono::milliseconds(0), [this] {
-            openHandedOver(*std::exchange(m_handedOverURL, std::nullopt));
-        });
-    return answer;
-}
+class ProjectViewModel::DialogScope {
+public:
+    explicit DialogScope(ProjectViewModel& vm) : m_vm(vm) { m_vm.m_isDialogUp = true; }
+    DialogScope(const DialogScope&) = delete;
+    DialogScope& operator=(const DialogScope&) = delete;
+    ~DialogScope() { m_vm.m_isDialogUp = false; }
+
+private:
+    ProjectViewModel& m_vm;
+};
 
 ProjectViewModel::ProjectViewModel(const ViewModelServices& services,
                                    std::optional<Project> project,
                                    std::optional<fs::path> autosaveURL)
-    : m_services(services),
-      m_audio(services.audioOutput, services.log),
-      m_autosaveURL(std::move(autosaveURL)) {
-    if (project)
-        m_project = std::move(*project);
-    else if (m_autosaveURL)
-        restore();
+    : m_services(services), m_audio(services.audioOutput, services.log) {
+    if (autosaveURL)
+        m_recovery.emplace(services.files, *autosaveURL);
+    if (!project && m_recovery)
+        project = m_recovery->restore();
+    m_project = std::move(project).value_or(Project());
     m_audio.prepare(m_project);
 }
 
 ProjectViewModel::~ProjectViewModel() = default;
 
-void ProjectViewModel::restore() {
-    try {
-        m_project = ProjectStore::read(*m_autosaveURL);
-    } catch (const std::exception&) {
-        keepUnreadableAutosave();
-    }
-}
-
-void ProjectViewModel::keepUnreadableAutosave() {
-    std::error_code error;
-    if (!fs::is_regular_file(*m_autosaveURL, error))
-        return;
-    // Killed half-way, the next start finds the same file and copies it again.
-    const fs::path copy = m_autosaveURL->parent_path() / "Autosave-unreadable.mossbit";
-    fs::copy_file(*m_autosaveURL, copy, fs::copy_options::overwrite_existing, error);
-    if (error)
-        // Not even readable; the next autosave would replace it all the same.
-        fs::rename(*m_autosaveURL, copy, error);
-}
-
 std::string ProjectViewModel::documentName() const {
     return m_fileURL ? m_fileURL->stem().string() : "Untitled";
 }
 
-template <typename Command>
-void ProjectViewModel::replaceAfterAsking(Command command) {
-    m_isReplacing = true;
-    const UnsavedWork unsavedWork = askAboutUnsavedWork();
-    if (unsavedWork != UnsavedWork::kept)
-        command(unsavedWork);
-    m_isReplacing = false;
-}
+// Replacing the document.
 
 void ProjectViewModel::newProject() {
-    replaceAfterAsking([this](UnsavedWork unsavedWork) {
-        replaceDocument(Project(), std::nullopt, unsavedWork);
-        if (m_autosaveURL)
-            writeInBackground(*m_autosaveURL);
-    });
+    const Consent consent = confirmDiscardIfNeeded();
+    if (consent != Consent::refused && replaceDocument(Project(), std::nullopt, consent))
+        writeAutosave();
 }
 
 void ProjectViewModel::open() {
-    replaceAfterAsking([this](UnsavedWork unsavedWork) {
-        if (const auto url = ask([this] { return m_services.dialogs.runOpenPanel(); }))
-            openAfterAsking(*url, unsavedWork);
-    });
+    const Consent consent = confirmDiscardIfNeeded();
+    if (consent == Consent::refused)
+        return;
+    const auto url = [this] {
+        const DialogScope scope(*this);
+        return m_services.dialogs.runOpenPanel();
+    }();
+    if (url)
+        open(*url, consent);
 }
 
 void ProjectViewModel::open(const fs::path& url) {
-    openAfterAsking(url, UnsavedWork::safe);
+    open(url, Consent::given);
 }
 
 void ProjectViewModel::openHandedOver(const fs::path& url) {
-    if (m_isAsking) {
-        m_handedOverURL = url;
+    if (m_isDialogUp) {
+        m_handOverTask =
+            m_services.mainLoop.after(handOverDelay, [this, url] { openHandedOver(url); });
         return;
     }
-    replaceAfterAsking(
-        [this, &url](UnsavedWork unsavedWork) { openAfterAsking(url, unsavedWork); });
+    // Nobody is asked for the sake of a file that cannot be read. The answer may change the file,
+    // which is why it is read again.
+    if (!read(url))
+        return;
+    const Consent consent = confirmDiscardIfNeeded();
+    if (consent != Consent::refused)
+        open(url, consent);
 }
 
-void ProjectViewModel::openAfterAsking(const fs::path& url, UnsavedWork unsavedWork) {
-    std::optional<Project> project;
+void ProjectViewModel::open(const fs::path& url, Consent consent) {
+    if (std::optional<Project> project = read(url))
+        replaceDocument(std::move(*project), url, consent);
+}
+
+std::optional<Project> ProjectViewModel::read(const fs::path& url) {
     try {
-        project = ProjectStore::read(url);
+        return ProjectStore::read(url);
     } catch (const std::exception& error) {
-        setAlertMessage("Could not open that project: " + description(error));
-        return;
+        setAlertMessage("Could not open that project: " + describe(url, error));
+        return std::nullopt;
     }
-    replaceDocument(std::move(*project), url, unsavedWork);
 }
 
-void ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> url,
-                                       UnsavedWork unsavedWork) {
-    if (unsavedWork != UnsavedWork::discarded)
-        keepReplacedWork(url);
+ProjectViewModel::Consent ProjectViewModel::confirmDiscardIfNeeded() {
+    Q_EMIT typedTextNeeded();
+    if (!m_hasUnsavedChanges || (!m_fileURL && !m_project.hasNotes()))
+        return Consent::given;
+    return askAboutUnsavedWork();
+}
+
+ProjectViewModel::Consent ProjectViewModel::askAboutUnsavedWork() {
+    const std::size_t button = [this] {
+        const DialogScope scope(*this);
+        return m_services.dialogs.runAlert(
+            {.message = "Save changes to " + documentName() + "?",
+             .informativeText = "Your changes will be lost if you don't save them.",
+             .buttons = {"Save", "Discard", "Cancel"}});
+    }();
+    if (button == discardButton)
+        return Consent::givenToDiscard;
+    return button == saveButton && saveDocument() ? Consent::given : Consent::refused;
+}
+
+/// Returns false, with everything as it was, where the song that is open cannot be put in safety
+/// and the user does not want to lose it.
+bool ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> url,
+                                       Consent consent) {
+    if (consent != Consent::givenToDiscard && !secureSong() &&
+        askAboutUnsavedWork() == Consent::refused)
+        return false;
     // What was discarded must not reach its file after all.
-    m_autosaveTask.reset();
+    cancelAutosave();
     stop();
     const bool differs = project != m_project;
     m_project = std::move(project);
-    m_isFileBehind = false;
     assign(m_fileURL, std::move(url), &ProjectViewModel::fileURLChanged);
     setSelection({});
-    clearHistory();
+    changeHistory([this] { m_history = {}; });
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
     m_audio.update(m_project);
     Q_EMIT documentReplaced();
     if (differs)
         Q_EMIT projectChanged();
+    return true;
 }
 
-void ProjectViewModel::keepReplacedWork(const std::optional<fs::path>& replacement) {
-    // Restored work counts as saved, and so does what could not be written to the document's file;
-    // the autosave file is the only one that holds it.
-    const bool isInItsFile = m_fileURL && !m_isFileBehind;
-    if (!m_autosaveURL || isInItsFile || !m_project.hasNotes())
-        return;
-    const fs::path folder = m_autosaveURL->parent_path();
-    const fs::path kept = folder / "Autosave-previous.mossbit";
-    std::error_code error;
-    // Who opens the kept song exchanges the two: the kept one is a document of its own from now on.
-    const bool isReplacement = replacement && fs::equivalent(*replacement, kept, error);
-    writeInBackground(isReplacement ? folder / "Autosave-previous-2.mossbit" : kept);
+bool ProjectViewModel::isInOwnFile() const {
+    return m_fileURL && !(m_recovery && m_recovery->contains(*m_fileURL)) &&
+           ProjectStore::holds(*m_fileURL, m_project);
 }
+
+/// Keeps the song if it has notes and no file of the user's own holds it. Returns whether it is
+/// safe then.
+bool ProjectViewModel::secureSong() {
+    return !m_project.hasNotes() || isInOwnFile() ||
+           (m_recovery && m_recovery->keep(m_project, documentName()));
+}
+
+bool ProjectViewModel::confirmClosing() {
+    Q_EMIT typedTextNeeded();
+    if (writeAutosave())
+        return true;
+    if (m_fileURL)
+        writeInBackground(*m_fileURL);
+    if (!m_project.hasNotes() || isInOwnFile())
+        return true;
+    const Consent consent = askAboutUnsavedWork();
+    m_isDiscarded = consent == Consent::givenToDiscard;
+    return consent != Consent::refused;
+}
+
+// Saving and exporting.
 
 void ProjectViewModel::save() {
-    Q_EMIT typedTextNeeded();
-    if (m_fileURL)
-        write(*m_fileURL);
-    else
-        saveAs();
+    saveDocument();
 }
 
 void ProjectViewModel::saveAs() {
+    saveDocumentAs();
+}
+
+bool ProjectViewModel::saveDocument() {
     Q_EMIT typedTextNeeded();
-    if (const auto url = askWhereToSave(FileKind::project))
-        write(*url);
+    return m_fileURL ? write(*m_fileURL) : saveDocumentAs();
+}
+
+bool ProjectViewModel::saveDocumentAs() {
+    Q_EMIT typedTextNeeded();
+    const auto url = askWhereToSave(FileKind::project);
+    return url && write(*url);
 }
 
 std::optional<fs::path> ProjectViewModel::askWhereToSave(FileKind kind) {
     const fs::path folder = m_fileURL ? m_fileURL->parent_path() : fs::path();
     const fs::path proposal = folder / (documentName() + extensionOf(kind));
-    auto url = ask([&] { return m_services.dialogs.runSavePanel(kind, proposal); });
-    return url ? std::optional(withExtension(*url, kind)) : std::nullopt;
+    const DialogScope scope(*this);
+    return m_services.dialogs.runSavePanel(kind, proposal);
 }
 
-void ProjectViewModel::write(const fs::path& url) {
+bool ProjectViewModel::write(const fs::path& url) {
     try {
-        m_services.files.write(url, ProjectStore::encode(m_project));
+        m_services.files.write(url, encodeProject(m_project));
     } catch (const std::exception& error) {
-        setAlertMessage("Could not save: " + description(error));
-        return;
+        const auto* const failure = dynamic_cast<const std::system_error*>(&error);
+        const int code = failure != nullptr ? failure->code().value() : 0;
+        const bool isReadOnly = code == EACCES || code == EPERM || code == EROFS;
+        setAlertMessage("Could not save: " + describe(url, error) +
+                        (isReadOnly ? ". It is read-only; Save As… writes to another place." : ""));
+        return false;
     }
-    m_isFileBehind = false;
     assign(m_fileURL, std::optional(url), &ProjectViewModel::fileURLChanged);
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
+    return true;
 }
 
 void ProjectViewModel::exportWAV() {
@@ -194,39 +234,8 @@ void ProjectViewModel::exportWAV() {
     try {
         WAVExporter::exportProject(m_project, *url, m_services.files);
     } catch (const std::exception& error) {
-        setAlertMessage("Export failed: " + description(error));
+        setAlertMessage("Export failed: " + describe(*url, error));
     }
-}
-
-bool ProjectViewModel::confirmDiscardIfNeeded() {
-    bool mayGo = false;
-    replaceAfterAsking([&](UnsavedWork unsavedWork) {
-        mayGo = true;
-        m_isDiscarded = unsavedWork == UnsavedWork::discarded;
-    });
-    return mayGo;
-}
-
-ProjectViewModel::UnsavedWork ProjectViewModel::askAboutUnsavedWork() {
-    Q_EMIT typedTextNeeded();
-    if (!isUnsaved() || (!m_fileURL && !m_project.hasNotes()))
-        return UnsavedWork::safe;
-    const std::size_t button = ask([this] {
-        return m_services.dialogs.runAlert(
-            {.message = "Save changes to " + documentName() + "?",
-             .informativeText = "Your changes will be lost if you don't save them.",
-             .buttons = {"Save", "Discard", "Cancel"}});
-    });
-    if (button == 1)
-        return UnsavedWork::discarded;
-    if (button == 0)
-        save();
-    return isUnsaved() ? UnsavedWork::kept : UnsavedWork::safe;
-}
-
-bool ProjectViewModel::isUnsaved() const {
-    // Without an autosave file, nothing has what could not be written to the document's file.
-    return m_hasUnsavedChanges || (m_isFileBehind && !m_autosaveURL);
 }
 
 void ProjectViewModel::clearAlertMessage() {

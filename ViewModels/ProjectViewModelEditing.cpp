@@ -16,12 +16,23 @@ ProjectViewModel::Selection idsOf(const std::vector<Note>& notes) {
 
 } // namespace
 
-const Channel& ProjectViewModel::selectedChannel() const {
-    return m_project.channels[static_cast<std::size_t>(m_selectedChannelIndex)];
+const Channel& ProjectViewModel::channelAt(int index) const {
+    return m_project.channels[static_cast<std::size_t>(index)];
 }
 
-std::vector<Note>& ProjectViewModel::editedNotes() {
-    return channelAt(m_selectedChannelIndex).notes;
+const Channel& ProjectViewModel::selectedChannel() const {
+    return channelAt(m_selectedChannelIndex);
+}
+
+void ProjectViewModel::edit(const std::function<void(Project&)>& change) {
+    pushUndo();
+    const Project before = m_project;
+    change(m_project);
+    didChange(m_project != before);
+}
+
+void ProjectViewModel::editChannel(int index, const std::function<void(Channel&)>& change) {
+    edit([&](Project& project) { change(project.channels[static_cast<std::size_t>(index)]); });
 }
 
 std::optional<Note> ProjectViewModel::note(const Uuid& id) const {
@@ -38,15 +49,14 @@ std::optional<Note> ProjectViewModel::addNote(std::int64_t pitch, std::int64_t s
     if (snapped >= total)
         return std::nullopt;
     const Note note = {.pitch = pitch, .start = snapped, .length = std::min(total - snapped, step)};
-    pushUndo();
-    editedNotes().push_back(note);
-    didChange();
+    editChannel(m_selectedChannelIndex, [&](Channel& channel) { channel.notes.push_back(note); });
     setSelection({note.id});
     return note;
 }
 
 void ProjectViewModel::updateNote(const Uuid& id, const NoteChange& change) {
-    std::vector<Note>& notes = editedNotes();
+    const auto channel = static_cast<std::size_t>(m_selectedChannelIndex);
+    std::vector<Note>& notes = m_project.channels[channel].notes;
     bool differs = false;
     if (const auto found = std::ranges::find(notes, id, &Note::id); found != notes.end()) {
         const Note before = *found;
@@ -59,9 +69,9 @@ void ProjectViewModel::updateNote(const Uuid& id, const NoteChange& change) {
 }
 
 void ProjectViewModel::deleteNote(const Uuid& id) {
-    pushUndo();
-    const auto removed = std::erase_if(editedNotes(), [&](const Note& n) { return n.id == id; });
-    didChange(removed > 0);
+    editChannel(m_selectedChannelIndex, [&](Channel& channel) {
+        std::erase_if(channel.notes, [&](const Note& note) { return note.id == id; });
+    });
     Selection rest = m_selection;
     rest.erase(id);
     setSelection(std::move(rest));
@@ -70,10 +80,10 @@ void ProjectViewModel::deleteNote(const Uuid& id) {
 void ProjectViewModel::deleteSelection() {
     if (m_selection.empty())
         return;
-    pushUndo();
-    const auto removed =
-        std::erase_if(editedNotes(), [&](const Note& n) { return m_selection.contains(n.id); });
-    didChange(removed > 0);
+    editChannel(m_selectedChannelIndex, [&](Channel& channel) {
+        std::erase_if(channel.notes,
+                      [&](const Note& note) { return m_selection.contains(note.id); });
+    });
     setSelection({});
 }
 
@@ -103,66 +113,47 @@ void ProjectViewModel::setSelectedChannelIndex(int index) {
 
 void ProjectViewModel::setVolume(std::int64_t volume, int channel) {
     const std::int64_t clamped = std::clamp<std::int64_t>(volume, 0, highestVolume);
-    if (clamped == channelAt(channel).volume)
-        return;
-    pushUndo();
-    channelAt(channel).volume = clamped;
-    didChange();
+    if (clamped != channelAt(channel).volume)
+        editChannel(channel, [&](Channel& edited) { edited.volume = clamped; });
 }
 
 void ProjectViewModel::toggleMute(int channel) {
-    pushUndo();
-    channelAt(channel).muted = !channelAt(channel).muted;
-    didChange();
+    editChannel(channel, [](Channel& edited) { edited.muted = !edited.muted; });
 }
 
 void ProjectViewModel::setDuty(Duty duty, int channel) {
-    if (duty == channelAt(channel).duty)
-        return;
-    pushUndo();
-    channelAt(channel).duty = duty;
-    didChange();
+    if (duty != channelAt(channel).duty)
+        editChannel(channel, [&](Channel& edited) { edited.duty = duty; });
 }
 
 void ProjectViewModel::setWavePreset(WavePreset preset, int channel) {
-    if (preset == channelAt(channel).wave)
-        return;
-    pushUndo();
-    channelAt(channel).wave = preset;
-    didChange();
+    if (preset != channelAt(channel).wave)
+        editChannel(channel, [&](Channel& edited) { edited.wave = preset; });
 }
 
 void ProjectViewModel::setTempo(std::int64_t tempo) {
     const std::int64_t clamped = std::clamp(tempo, lowestTempo, highestTempo);
-    if (clamped == m_project.tempo)
-        return;
-    pushUndo();
-    m_project.tempo = clamped;
-    didChange();
+    if (clamped != m_project.tempo)
+        edit([&](Project& project) { project.tempo = clamped; });
 }
 
 void ProjectViewModel::setBars(std::int64_t bars) {
     if (std::ranges::find(allBarCounts, bars) == allBarCounts.end() || bars == m_project.bars)
         return;
-    pushUndo();
-    m_project.bars = bars;
-    m_project.clampNotes();
-    didChange();
+    edit([&](Project& project) {
+        project.bars = bars;
+        project.clampNotes();
+    });
     pruneSelection();
 }
 
 void ProjectViewModel::setGrid(GridDivision grid) {
-    if (grid == m_project.grid)
-        return;
-    pushUndo();
-    m_project.grid = grid;
-    didChange();
+    if (grid != m_project.grid)
+        edit([&](Project& project) { project.grid = grid; });
 }
 
 void ProjectViewModel::toggleLoop() {
-    pushUndo();
-    m_project.loop = !m_project.loop;
-    didChange();
+    edit([](Project& project) { project.loop = !project.loop; });
 }
 
 void ProjectViewModel::setEditingText(bool editing) {

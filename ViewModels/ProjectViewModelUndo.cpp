@@ -1,6 +1,6 @@
 #include "ViewModels/ProjectViewModel.h"
 
-#include "Services/ProjectStore.h"
+#include "Services/ProjectJson.h"
 
 #include <exception>
 
@@ -8,10 +8,11 @@ namespace mossbit {
 
 namespace {
 constexpr std::chrono::milliseconds autosaveDelay{800};
-}
+/// How long changes that keep restarting that delay may be in no file.
+constexpr std::chrono::seconds autosaveLimit{5};
+} // namespace
 
-template <typename Change>
-void ProjectViewModel::changeHistory(Change change) {
+void ProjectViewModel::changeHistory(const std::function<void()>& change) {
     const std::pair before(canUndo(), canRedo());
     change();
     if (std::pair(canUndo(), canRedo()) != before)
@@ -19,43 +20,25 @@ void ProjectViewModel::changeHistory(Change change) {
 }
 
 void ProjectViewModel::pushUndo() {
-    changeHistory([this] {
-        m_undoStack.push_back(m_project);
-        if (m_undoStack.size() > undoLimit)
-            m_undoStack.erase(m_undoStack.begin());
-        m_redoStack.clear();
-    });
+    changeHistory([this] { m_history.push(m_project); });
 }
 
 void ProjectViewModel::undo() {
-    if (m_undoStack.empty())
-        return;
-    changeHistory([this] {
-        m_redoStack.push_back(std::exchange(m_project, std::move(m_undoStack.back())));
-        m_undoStack.pop_back();
-    });
-    Q_EMIT historyTravelled();
-    pruneSelection();
-    didChange(m_project != m_redoStack.back());
+    if (canUndo())
+        travel(&UndoHistory::undo);
 }
 
 void ProjectViewModel::redo() {
-    if (m_redoStack.empty())
-        return;
-    changeHistory([this] {
-        m_undoStack.push_back(std::exchange(m_project, std::move(m_redoStack.back())));
-        m_redoStack.pop_back();
-    });
-    Q_EMIT historyTravelled();
-    pruneSelection();
-    didChange(m_project != m_undoStack.back());
+    if (canRedo())
+        travel(&UndoHistory::redo);
 }
 
-void ProjectViewModel::clearHistory() {
-    changeHistory([this] {
-        m_undoStack.clear();
-        m_redoStack.clear();
-    });
+void ProjectViewModel::travel(void (UndoHistory::*step)(Project&)) {
+    const Project before = m_project;
+    changeHistory([&] { (m_history.*step)(m_project); });
+    Q_EMIT historyTravelled();
+    pruneSelection();
+    didChange(m_project != before);
 }
 
 void ProjectViewModel::didChange(bool projectDiffers) {
@@ -65,53 +48,58 @@ void ProjectViewModel::didChange(bool projectDiffers) {
     // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
     m_autosaveTask =
         m_services.mainLoop.after(autosaveDelay, [this, url = m_fileURL] { autosave(url); });
+    if (!m_autosaveLimitTask)
+        m_autosaveLimitTask = m_services.mainLoop.after(autosaveLimit, [this] { writeAutosave(); });
     if (projectDiffers)
         Q_EMIT projectChanged();
 }
 
+void ProjectViewModel::cancelAutosave() {
+    m_autosaveTask.reset();
+    m_autosaveLimitTask.reset();
+}
+
 void ProjectViewModel::autosave(const std::optional<std::filesystem::path>& fileURL) {
-    if (m_autosaveURL)
-        writeInBackground(*m_autosaveURL);
+    writeAutosave();
     if (fileURL)
         autosaveDocument(*fileURL);
 }
 
 void ProjectViewModel::autosaveDocument(const std::filesystem::path& url) {
     // What the user is about to discard must not reach the song's file while a dialog asks.
-    if (m_isReplacing) {
+    if (m_isDialogUp) {
         m_autosaveTask =
             m_services.mainLoop.after(autosaveDelay, [this, url] { autosaveDocument(url); });
         return;
     }
-    writeDocument(url);
+    writeInBackground(url);
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
 
 void ProjectViewModel::flushAutosave() {
     Q_EMIT typedTextNeeded();
-    m_autosaveTask.reset();
+    cancelAutosave();
     if (m_isDiscarded)
         return;
-    if (m_autosaveURL)
-        writeInBackground(*m_autosaveURL);
+    const bool isAutosaved = writeAutosave();
     if (m_fileURL)
-        writeDocument(*m_fileURL);
+        writeInBackground(*m_fileURL);
+    // Another copy may have the autosave.
+    if (!isAutosaved)
+        secureSong();
 }
 
-void ProjectViewModel::writeDocument(const std::filesystem::path& url) {
-    const bool isWritten = writeInBackground(url);
-    // An autosave keeps to the file that its edit was for, also when the document has another now.
-    if (url == m_fileURL)
-        m_isFileBehind = !isWritten;
+/// Returns whether that went well.
+bool ProjectViewModel::writeAutosave() {
+    m_autosaveLimitTask.reset();
+    return m_recovery && m_recovery->autosave(m_project);
 }
 
-bool ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
+void ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
     try {
-        m_services.files.write(url, ProjectStore::encode(m_project));
-        return true;
+        m_services.files.write(url, encodeProject(m_project));
     } catch (const std::exception&) {
         // Nobody asked for this write, so nobody is told. The next change tries again.
-        return false;
     }
 }
 

@@ -50,16 +50,13 @@ TEST_F(ShownWindow, LeavesTheKeyboardToAnOpenDialog) {
     EXPECT_TRUE(dialog.isActiveWindow());
 }
 
-TEST_F(ShownWindow, AsksBeforeClosingOnlyWhereNothingBringsTheWorkBack) {
+TEST_F(ShownWindow, AsksBeforeClosingOnlyWithoutAutosave) {
     model->addNote(60, 0);
     EXPECT_TRUE(window.close());
-    EXPECT_TRUE(harness.dialogs.shown.empty());
-    window.setAsksBeforeClosing(true);
+    harness.files.failure = EROFS;
     window.show();
     EXPECT_FALSE(window.close());
-    harness.dialogs.alertAnswers = {1};
-    EXPECT_TRUE(window.close());
-    EXPECT_EQ(harness.dialogs.shown.size(), 2U);
+    EXPECT_EQ(harness.dialogs.shown.size(), 1U);
 }
 
 TEST_F(ShownWindow, TakesTheFirstOfTheFilesDroppedOnIt) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/PosixAtomicFile.h"
+#include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 #include "Tests/Support/FakeAudioOutput.h"
 #include "Tests/Support/FakeMainLoop.h"
@@ -11,9 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace mossbit {
 
@@ -34,6 +37,8 @@ public:
     }
 
     void move(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        if (failure != 0)
+            throw std::system_error(failure, std::generic_category());
         m_real.move(from, to);
     }
 
@@ -49,7 +54,7 @@ struct ViewModelHarness {
     RecordingAtomicFile files;
     FakeAudioOutput output;
     FakeSystemLog log;
-    std::filesystem::path autosave = folder / "Autosave.mossbit";
+    std::filesystem::path autosave = ProjectStore::autosaveURL(folder.path());
     /// How often each field told of a change.
     std::map<std::string, int> heard;
 
@@ -72,6 +77,21 @@ struct ViewModelHarness {
 
     std::map<std::string, int> takeHeard() { return std::exchange(heard, {}); }
 
+    /// The songs in `Kept`, the oldest first.
+    std::vector<Project> keptSongs() const {
+        std::vector<std::filesystem::path> found;
+        const auto kept = autosave.parent_path() / "Kept";
+        if (std::filesystem::exists(kept))
+            for (const auto& entry : std::filesystem::directory_iterator(kept))
+                if (entry.path().extension() == ".mossbit")
+                    found.push_back(entry.path());
+        std::ranges::sort(found);
+        std::vector<Project> songs;
+        for (const auto& file : found)
+            songs.push_back(ProjectStore::read(file));
+        return songs;
+    }
+
     void pass(double seconds) { loop.advance(FakeMainLoop::Seconds(seconds)); }
 
     /// Writes a project file and returns where.
@@ -90,6 +110,12 @@ private:
 struct ViewModelTest : testing::Test {
     ViewModelHarness harness;
     std::unique_ptr<ProjectViewModel> model = harness.start(Project());
+
+    /// Ends the program without saving, and starts it again.
+    void restart(std::optional<Project> project = std::nullopt) {
+        model.reset();
+        model = harness.start(std::move(project));
+    }
 
     static Project saved(const std::filesystem::path& file) { return ProjectStore::read(file); }
 };

@@ -17,7 +17,7 @@ TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
     for (const auto& [grid, start, storedStart, storedLength] :
          {Case{quarter, 7, 4, 4}, Case{quarter, 63, 60, 4}, Case{eighth, 3, 2, 2},
           Case{sixteenth, -5, 0, 1}}) {
-        model = harness.start(song({.grid = grid}).note(60, 0, 64));
+        restart(song({.grid = grid}).note(60, 0, 64));
         model->addNote(61, start);
         ASSERT_EQ(model->selectedChannel().notes.size(), 2U);
         const Note& added = model->selectedChannel().notes[1];
@@ -26,14 +26,14 @@ TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
             (Note{.id = added.id, .pitch = 61, .start = storedStart, .length = storedLength}));
         EXPECT_EQ(model->selection(), Selection{added.id});
     }
-    model = harness.start(Project());
+    restart(Project());
     model->addNote(60, 64);
     model->addNote(60, std::numeric_limits<std::int64_t>::max());
     EXPECT_FALSE(model->project().hasNotes() || model->canUndo() || model->hasUnsavedChanges());
 }
 
 TEST_F(Editing, UpdatesOnlyTheFieldsGivenAndRecordsNoStep) {
-    model = harness.start(song().note(60, 4, 2));
+    restart(song().note(60, 4, 2));
     Note note = model->project().channels[0].notes[0];
     const auto update = [&](const ProjectViewModel::NoteChange& change) {
         harness.heard.clear();
@@ -54,7 +54,7 @@ TEST_F(Editing, UpdatesOnlyTheFieldsGivenAndRecordsNoStep) {
 }
 
 TEST_F(Editing, DeletesNotesInOneStepEach) {
-    model = harness.start(song().note(60, 0, 1).note(61, 1, 1).note(62, 2, 1).note(63, 3, 1));
+    restart(song().note(60, 0, 1).note(61, 1, 1).note(62, 2, 1).note(63, 3, 1));
     const auto notes = model->selectedChannel().notes;
     model->setSelection({notes[1].id, notes[3].id});
     model->deleteNote(notes[1].id);
@@ -94,6 +94,18 @@ TEST_F(Editing, SettingsAreClampedAndRecordAStepOnlyIfTheyChange) {
         EXPECT_EQ(model->project(), Project());
         EXPECT_FALSE(model->canUndo());
     }
+}
+
+TEST_F(Editing, UndoTellsObserversOnlyWhatChanges) {
+    model->setTempo(99);
+    EXPECT_EQ(harness.takeHeard(),
+              (std::map<std::string, int>{{"project", 1}, {"unsaved", 1}, {"history", 1}}));
+    model->setTempo(98);
+    EXPECT_EQ(harness.takeHeard(), (std::map<std::string, int>{{"project", 1}}));
+    // A click on a note leaves a step without a change.
+    model->pushUndo();
+    model->undo();
+    EXPECT_EQ(harness.takeHeard(), (std::map<std::string, int>{{"history", 1}}));
 }
 
 } // namespace

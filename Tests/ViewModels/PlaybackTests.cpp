@@ -10,7 +10,7 @@ constexpr double secondsPerTick = 0.125;
 struct Playback : ViewModelTest {
     void start(const Project& project) {
         harness.output.rate = rate;
-        model = harness.start(project);
+        restart(project);
         QObject::connect(model.get(), &ProjectViewModel::playheadChanged, model.get(),
                          [this] { positions.push_back(model->playhead()); });
         model->play();
@@ -104,7 +104,7 @@ TEST_F(Playback, ADeviceThatDoesNotStartOrIsLostForGoodIsReported) {
 
 TEST_F(Playback, EditsAtFullSpeedMeetARenderingThread) {
     harness.output.pullsOnThread = true;
-    model = harness.start(song({.tempo = 300, .bars = 1, .loop = false}).note(60, 0, 16));
+    restart(song({.tempo = 300, .bars = 1, .loop = false}).note(60, 0, 16));
     for (int round = 0; round < 3000; ++round) {
         const std::int64_t value = round % 61;
         model->addNote(36 + value, value % 16);

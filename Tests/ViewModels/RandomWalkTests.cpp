@@ -129,7 +129,7 @@ private:
     void record() {
         m_history.resize(m_place + 1);
         m_history.push_back(project());
-        if (m_history.size() > ProjectViewModel::undoLimit + 1)
+        if (m_history.size() > UndoHistory::undoLimit + 1)
             m_history.pop_front();
         m_place = m_history.size() - 1;
     }

@@ -51,7 +51,7 @@ TEST(TempoField, CommitsBeforeTheSongIsWrittenOrAskedAbout) {
     using Model = ProjectViewModel;
     for (void (*command)(Model&) :
          {+[](Model& vm) { vm.save(); }, +[](Model& vm) { vm.saveAs(); },
-          +[](Model& vm) { vm.exportWAV(); }, +[](Model& vm) { vm.confirmDiscardIfNeeded(); },
+          +[](Model& vm) { vm.exportWAV(); }, +[](Model& vm) { vm.confirmClosing(); },
           +[](Model& vm) { vm.flushAutosave(); }}) {
         WindowHarness window(song().note(60, 0, 1));
         typeTempo(window, "150");
