@@ -2,6 +2,7 @@
 #include "Benchmarks/Measure.h"
 #include "Platform/PosixAtomicFile.h"
 #include "Services/ProjectJson.h"
+#include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 #include "Tests/Support/FullSong.h"
 #include "Tests/Support/ScratchFolder.h"
@@ -29,13 +30,13 @@ void Encode(benchmark::State& state) {
     const Project project = songOf(state.range(0));
     std::size_t bytes = 0;
     for (auto _ : state)
-        bytes += encodeProject(project).size();
+        bytes += ProjectStore::encode(project).size();
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 BENCHMARK(Encode)->Arg(1024)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 void Decode(benchmark::State& state) {
-    const std::string json = encodeProject(songOf(state.range(0)));
+    const std::string json = ProjectStore::encode(songOf(state.range(0)));
     for (auto _ : state)
         benchmark::DoNotOptimize(decodeProject(json));
     state.SetBytesProcessed(state.iterations() * std::ssize(json));
@@ -64,7 +65,7 @@ rusage runConverter(std::string in, std::string out) {
 void ConvertLongestSong(benchmark::State& state) {
     const ScratchFolder folder;
     const Project project = fullSong(40);
-    putBytes(folder / "in.mossbit", encodeProject(project));
+    putBytes(folder / "in.mossbit", ProjectStore::encode(project));
     double converting = 0;
     double rendering = 0;
     long memory = 0;

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,8 +36,9 @@ std::string_view rawValue(ChannelKind kind);
 /// The raw value in files: "triangle", "soft" or "hollow".
 std::string_view rawValue(WavePreset preset);
 
-std::optional<ChannelKind> channelKindFromRawValue(std::string_view raw);
-std::optional<WavePreset> wavePresetFromRawValue(std::string_view raw);
+constexpr std::int64_t rawValue(Duty duty) {
+    return static_cast<std::int64_t>(duty);
+}
 
 /// One sound source of the chip with its settings and notes. Every channel carries all fields;
 /// `duty` is heard on the pulse channels only, `wave` on the wave channel only.
@@ -54,8 +54,6 @@ struct Channel {
 
     /// The channel of that kind in a new project.
     static Channel makeDefault(ChannelKind kind);
-
-    std::string_view id() const { return rawValue(kind); }
 
     bool operator==(const Channel&) const = default;
 };

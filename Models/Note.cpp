@@ -26,10 +26,3 @@ bool isBlackKey(std::int64_t pitch) {
 }
 
 } // namespace mossbit::PitchRange
-
-std::size_t std::hash<mossbit::Note>::operator()(const mossbit::Note& note) const noexcept {
-    std::size_t seed = std::hash<mossbit::Uuid>{}(note.id);
-    for (const std::int64_t field : {note.pitch, note.start, note.length, note.velocity})
-        seed = seed * 31 + std::hash<std::int64_t>{}(field);
-    return seed;
-}

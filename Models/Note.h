@@ -3,7 +3,6 @@
 #include "Models/Uuid.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 namespace mossbit {
@@ -39,8 +38,3 @@ bool isBlackKey(std::int64_t pitch);
 } // namespace PitchRange
 
 } // namespace mossbit
-
-template <>
-struct std::hash<mossbit::Note> {
-    std::size_t operator()(const mossbit::Note& note) const noexcept;
-};

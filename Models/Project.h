@@ -15,6 +15,10 @@ enum class GridDivision : std::uint8_t { quarter = 4, eighth = 2, sixteenth = 1 
 inline constexpr std::array allGridDivisions = {GridDivision::quarter, GridDivision::eighth,
                                                 GridDivision::sixteenth};
 
+constexpr std::int64_t rawValue(GridDivision division) {
+    return static_cast<std::int64_t>(division);
+}
+
 inline constexpr std::int64_t ticksPerBeat = 4;
 inline constexpr std::int64_t ticksPerBar = 16;
 inline constexpr std::int64_t lowestTempo = 40;
@@ -40,7 +44,7 @@ struct Project {
     std::int64_t totalTicks() const { return bars * ticksPerBar; }
 
     /// The editing grid's step in ticks.
-    std::int64_t gridStep() const { return static_cast<std::int64_t>(grid); }
+    std::int64_t gridStep() const { return rawValue(grid); }
 
     bool hasNotes() const;
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -24,7 +23,7 @@ struct Uuid {
     /// The 36-character form "8-4-4-4-12", in upper case.
     std::string text() const;
 
-    auto operator<=>(const Uuid&) const = default;
+    bool operator==(const Uuid&) const = default;
 };
 
 } // namespace mossbit

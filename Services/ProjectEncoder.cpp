@@ -1,4 +1,4 @@
-#include "Services/ProjectJson.h"
+#include "Services/ProjectStore.h"
 
 #include <array>
 #include <charconv>
@@ -100,7 +100,7 @@ void write(JsonWriter& json, const std::vector<Element>& elements) {
 
 void write(JsonWriter& json, const Channel& channel) {
     json.open('{');
-    json.member("duty", static_cast<std::int64_t>(channel.duty));
+    json.member("duty", rawValue(channel.duty));
     json.member("kind", rawValue(channel.kind));
     json.member("muted", channel.muted);
     json.key("notes");
@@ -112,7 +112,7 @@ void write(JsonWriter& json, const Channel& channel) {
 
 } // namespace
 
-std::string encodeProject(const Project& project) {
+std::string ProjectStore::encode(const Project& project) {
     // A note takes up to about 180 bytes, all else about 1,000.
     std::size_t expectedSize = 1024;
     for (const Channel& channel : project.channels)
@@ -122,7 +122,7 @@ std::string encodeProject(const Project& project) {
     json.member("bars", project.bars);
     json.key("channels");
     write(json, project.channels);
-    json.member("grid", project.gridStep());
+    json.member("grid", rawValue(project.grid));
     json.member("loop", project.loop);
     json.member("tempo", project.tempo);
     json.member("version", project.version);

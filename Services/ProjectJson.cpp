@@ -1,227 +1,231 @@
 #include "Services/ProjectJson.h"
 
-#include "Services/ProjectDrafts.h"
-
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
+#include <optional>
+#include <unordered_set>
 #include <utility>
 
 namespace mossbit {
 
 namespace {
 
-/// What the parser calls. It keeps nothing but the project being built, so that a file cannot make
-/// it take more memory than a project of that length, and does not recurse.
-class ProjectReader {
+using nlohmann::json;
+
+std::optional<std::int64_t> wholeNumberIn(const json& value) {
+    // The library keeps whole numbers beyond 64 bits as floating-point ones.
+    if (value.is_number_float()) {
+        const auto number = value.get<double>();
+        const bool isWhole = std::trunc(number) == number && number >= -0x1p63 && number < 0x1p63;
+        return isWhole ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
+    }
+    if (value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>()))
+        return std::nullopt;
+    return value.is_number() ? std::optional(value.get<std::int64_t>()) : std::nullopt;
+}
+
+const char* kindOf(const json& value) {
+    if (value.is_null())
+        return "null";
+    if (value.is_boolean())
+        return "true or false";
+    if (value.is_string())
+        return "a string";
+    if (value.is_array())
+        return "a list";
+    if (value.is_object())
+        return "an object";
+    if (wholeNumberIn(value))
+        return "a whole number";
+    return std::abs(value.get<double>()) < 0x1p63 ? "a fraction" : "a number that is too large";
+}
+
+/// A value of the file, which knows its place there; a missing one is null. What reads it throws
+/// `DecodingError` for a value of another kind, or for a missing one where there is no fallback.
+class Value {
 public:
-    // NOLINTBEGIN(readability-identifier-naming): the library's names.
-    bool null() { return take({}); }
-    bool boolean(bool flag) { return take({.kind = ValueKind::boolean, .boolean = flag}); }
-    bool number_integer(std::int64_t number) {
-        return take({.kind = ValueKind::wholeNumber, .number = number});
-    }
-    bool number_unsigned(std::uint64_t number) {
-        return std::in_range<std::int64_t>(number)
-                   ? number_integer(static_cast<std::int64_t>(number))
-                   : take({.kind = ValueKind::hugeNumber});
-    }
-    bool number_float(double number, const std::string&) {
-        // Digits alone arrive here as well where they are beyond 64 bits.
-        if (number < -0x1p63 || number >= 0x1p63)
-            return take({.kind = ValueKind::hugeNumber});
-        return std::trunc(number) == number ? number_integer(static_cast<std::int64_t>(number))
-                                            : take({.kind = ValueKind::fraction});
-    }
-    bool string(std::string& text) { return take({.kind = ValueKind::text, .text = text}); }
-    /// Only other formats than text have these.
-    bool binary(nlohmann::json::binary_t&) { return false; }
+    explicit Value(const json& document) : m_json(document) {}
 
-    bool key(std::string& name) {
-        if (m_ignoredDepth == 0)
-            m_key.swap(name);
-        return true;
+    /// A member of an object.
+    Value operator[](const char* name) const {
+        static const json missing;
+        if (!m_json.is_object())
+            throw unexpected("an object");
+        const auto found = m_json.find(name);
+        return {found == m_json.end() ? missing : *found, this, name, 0};
     }
 
-    bool start_object(std::size_t) {
-        if (m_ignoredDepth > 0 || !beginObject())
-            ignore({.kind = ValueKind::object});
-        return true;
+    /// Calls `read` with each element of a list.
+    template <typename Read>
+    void forEach(Read read) const {
+        if (!m_json.is_null() && !m_json.is_array())
+            throw unexpected("a list");
+        for (std::size_t index = 0; index < m_json.size(); ++index)
+            read(Value(m_json[index], this, nullptr, index));
     }
 
-    bool start_array(std::size_t) {
-        if (m_ignoredDepth > 0 || !beginList())
-            ignore({.kind = ValueKind::list});
-        return true;
+    std::int64_t wholeNumber(std::optional<std::int64_t> fallback = {}) const {
+        const auto number = m_json.is_null() ? fallback : wholeNumberIn(m_json);
+        return number ? *number : throw unexpected("a whole number");
     }
 
-    bool end_object() {
-        if (m_ignoredDepth > 0)
-            --m_ignoredDepth;
-        else
-            endObject();
-        return true;
+    bool boolean(bool fallback) const {
+        if (m_json.is_null())
+            return fallback;
+        return m_json.is_boolean() ? m_json.get<bool>() : throw unexpected("true or false");
     }
 
-    bool end_array() {
-        if (m_ignoredDepth > 0)
-            --m_ignoredDepth;
-        else
-            endList();
-        return true;
+    /// A new identifier for a missing one.
+    Uuid uuid() const {
+        if (m_json.is_null())
+            return Uuid::random();
+        const auto* const text = m_json.get_ptr<const std::string*>();
+        const auto uuid = text ? Uuid::parse(*text) : std::nullopt;
+        return uuid ? *uuid : throw unexpected("a UUID", text ? " that is none" : "");
     }
 
-    bool parse_error(std::size_t position, const std::string&,
-                     const nlohmann::json::exception& error) {
-        m_errorPosition = position;
-        m_errorWords = error.what();
-        return false;
+    /// The case with this raw value; `names` lists the raw values for the user.
+    template <typename Case, std::size_t count>
+    Case oneOf(const std::array<Case, count>& cases, const char* names,
+               std::optional<Case> fallback = {}) const {
+        if (m_json.is_null() && fallback)
+            return *fallback;
+        for (const Case each : cases) {
+            if (m_json == json(rawValue(each)))
+                return each;
+        }
+        const bool isString = json(rawValue(cases[0])).is_string();
+        const auto number = isString ? std::nullopt : wholeNumberIn(m_json);
+        throw unexpected(names, number                           ? ", " + std::to_string(*number)
+                                : isString && m_json.is_string() ? " that is none"
+                                                                 : "");
     }
-
-    // NOLINTEND(readability-identifier-naming)
-
-    Member<Project> takeProject() { return std::move(m_result); }
-    /// In bytes from 1.
-    std::size_t errorPosition() const { return m_errorPosition; }
-    const std::string& errorWords() const { return m_errorWords; }
 
 private:
-    /// Where the next value stands. The format has a fixed nesting, in this order.
-    enum class Place { document, project, channelList, channel, noteList, note };
+    Value(const json& content, const Value* parent, const char* name, std::size_t index)
+        : m_json(content), m_parent(parent), m_name(name), m_index(index) {}
 
-    void enter() { m_place = static_cast<Place>(static_cast<int>(m_place) + 1); }
-    void leave() { m_place = static_cast<Place>(static_cast<int>(m_place) - 1); }
-
-    void ignore(const Value& container) {
-        take(container);
-        ++m_ignoredDepth;
+    DecodingError unexpected(const char* expected, const std::string& detail = {}) const {
+        const std::string where = m_parent ? place() + ": " : "";
+        if (m_json.is_null() && m_name)
+            return DecodingError(where + "missing");
+        return DecodingError(where + "expected " + expected + ", found " + kindOf(m_json) + detail);
     }
 
-    bool beginObject() {
-        if (m_place == Place::document)
-            m_project = {};
-        else if (m_place == Place::channelList && !m_channels.isFaulty())
-            m_channel = {};
-        else if (m_place == Place::noteList && !m_notes.isFaulty())
-            m_note = {};
-        else
-            return false;
-        enter();
-        return true;
+    /// "channels[2].notes[17].pitch".
+    std::string place() const {
+        if (!m_name)
+            return m_parent ? m_parent->place() + "[" + std::to_string(m_index) + "]" : "";
+        return m_parent->m_parent ? m_parent->place() + "." + m_name : m_name;
     }
 
-    void endObject() {
-        if (m_place == Place::note)
-            m_notes.add(m_note.finish());
-        else if (m_place == Place::channel)
-            m_channels.add(m_channel.finish());
-        else
-            m_result = m_project.finish();
-        leave();
-    }
-
-    bool beginList() {
-        if (m_place == Place::project && m_key == "channels")
-            m_channels.begin();
-        else if (m_place == Place::channel && m_key == "notes")
-            m_notes.begin();
-        else
-            return false;
-        enter();
-        return true;
-    }
-
-    void endList() {
-        if (m_place == Place::noteList)
-            m_channel.notes = std::move(m_notes.list);
-        else
-            m_project.channels = std::move(m_channels.list);
-        leave();
-    }
-
-    bool take(const Value& value) {
-        if (m_ignoredDepth > 0)
-            return true;
-        switch (m_place) {
-        case Place::document:
-            m_result.fault = expected("an object", value).substr(2);
-            break;
-        case Place::project:
-            m_project.take(m_key, value);
-            break;
-        case Place::channelList:
-            if (!m_channels.isFaulty())
-                m_channels.add(Member<Channel>{{}, expected("an object", value)});
-            break;
-        case Place::channel:
-            m_channel.take(m_key, value);
-            break;
-        case Place::noteList:
-            if (!m_notes.isFaulty())
-                m_notes.add(Member<Note>{{}, expected("an object", value)});
-            break;
-        case Place::note:
-            m_note.take(m_key, value);
-            break;
-        }
-        return true;
-    }
-
-    Place m_place = Place::document;
-    /// How many lists and objects that the format does not know are open.
-    std::size_t m_ignoredDepth = 0;
-    std::string m_key;
-    ProjectDraft m_project;
-    ListDraft<ChannelSet> m_channels;
-    ChannelDraft m_channel;
-    ListDraft<std::vector<Note>> m_notes;
-    NoteDraft m_note;
-    Member<Project> m_result;
-    std::size_t m_errorPosition = 0;
-    std::string m_errorWords;
+    const json& m_json;
+    const Value* m_parent = nullptr;
+    /// In its object, or nothing for an element of a list.
+    const char* m_name = nullptr;
+    std::size_t m_index = 0;
 };
 
+Note readNote(const Value& value) {
+    return {.id = value["id"].uuid(),
+            .pitch = value["pitch"].wholeNumber(),
+            .start = value["start"].wholeNumber(),
+            .length = std::max<std::int64_t>(value["length"].wholeNumber(), 1),
+            .velocity = value["velocity"].wholeNumber(highestVelocity)};
+}
+
+Channel readChannel(const Value& value) {
+    // What a channel leaves out is the same for every kind, other than in a new project.
+    Channel channel;
+    channel.kind = value["kind"].oneOf(allChannelKinds, R"("pulse1", "pulse2", "wave" or "noise")");
+    channel.volume =
+        std::clamp<std::int64_t>(value["volume"].wholeNumber(channel.volume), 0, highestVolume);
+    channel.muted = value["muted"].boolean(channel.muted);
+    channel.duty = value["duty"].oneOf(allDuties, "0, 1, 2 or 3", {channel.duty});
+    channel.wave =
+        value["wave"].oneOf(allWavePresets, R"("triangle", "soft" or "hollow")", {channel.wave});
+    value["notes"].forEach([&](const Value& note) { channel.notes.push_back(readNote(note)); });
+    return channel;
+}
+
+/// One identifier twice, as from copying by hand, would make two notes move as one.
+void makeIdentifiersUnique(Project& project) {
+    std::unordered_set<Uuid> taken;
+    for (Channel& channel : project.channels) {
+        for (Note& note : channel.notes) {
+            while (!taken.insert(note.id).second)
+                note.id = Uuid::random();
+        }
+    }
+}
+
+Project readProject(const Value& value) {
+    Project project;
+    project.version = value["version"].wholeNumber(project.version);
+    project.tempo =
+        std::clamp(value["tempo"].wholeNumber(project.tempo), lowestTempo, highestTempo);
+    const std::int64_t bars = value["bars"].wholeNumber(project.bars);
+    if (std::find(allBarCounts.begin(), allBarCounts.end(), bars) != allBarCounts.end())
+        project.bars = bars;
+    project.grid = value["grid"].oneOf(allGridDivisions, "1, 2 or 4", {project.grid});
+    project.loop = value["loop"].boolean(project.loop);
+    std::array<bool, allChannelKinds.size()> isRead{};
+    value["channels"].forEach([&](const Value& element) {
+        Channel channel = readChannel(element);
+        const auto index = static_cast<std::size_t>(channel.kind);
+        if (!std::exchange(isRead[index], true))
+            project.channels[index] = std::move(channel);
+    });
+    project.clampNotes();
+    makeIdentifiersUnique(project);
+    return project;
+}
+
 /// "line 3, column 7: WHAT": lines and columns count from 1, columns in characters.
-DecodingError syntaxError(std::string_view text, std::size_t index, const std::string& what) {
-    const std::string_view before = text.substr(0, std::min(index, text.size()));
+DecodingError syntaxError(std::string_view before, const std::string& what) {
     const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-    const std::string_view inLine = before.substr(before.rfind('\n') + 1);
-    const auto column = 1 + std::count_if(inLine.begin(), inLine.end(), [](char c) {
+    before.remove_prefix(before.rfind('\n') + 1);
+    const auto column = 1 + std::count_if(before.begin(), before.end(), [](unsigned char byte) {
                             constexpr unsigned continuationByte = 0b10;
-                            return static_cast<unsigned char>(c) >> 6 != continuationByte;
+                            return byte >> 6U != continuationByte;
                         });
     return DecodingError("line " + std::to_string(line) + ", column " + std::to_string(column) +
                          ": " + what);
 }
 
-/// What the library says about a fault: without its own name, position and state before, and after
-/// without the text that it had read, which may be as long as the file.
-std::string plainWords(const std::string& words) {
-    constexpr std::string_view lead = " - ";
-    const std::size_t start = words.find(lead);
-    if (start == std::string::npos)
-        return "a number is too large";
-    const std::string fault = words.substr(start + lead.size());
-    return fault.substr(0, fault.find("; last read: "));
+/// In our own words, because the library's change with its versions and may repeat the whole file.
+std::string unexpected(std::string_view rest) {
+    if (rest.empty())
+        return "unexpected end of input";
+    const auto byte = static_cast<unsigned char>(rest.front());
+    std::array<char, 32> words{};
+    std::snprintf(words.data(), words.size(),
+                  byte > ' ' && byte < 0x7F ? "unexpected '%c'" : "unexpected byte %02X", byte);
+    return words.data();
 }
 
 } // namespace
 
-Project decodeProject(std::string_view json) {
+Project decodeProject(std::string_view text) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (json.starts_with(byteOrderMark))
-        json.remove_prefix(byteOrderMark.size());
+    if (text.starts_with(byteOrderMark))
+        text.remove_prefix(byteOrderMark.size());
     // The parser would take a zero for the end of the text. UTF-16 is full of them.
-    if (const std::size_t zero = json.find('\0'); zero != std::string_view::npos)
-        throw syntaxError(json, zero, "a zero byte; this is not UTF-8 text");
-    ProjectReader reader;
-    if (!nlohmann::json::sax_parse(json.begin(), json.end(), &reader))
-        throw syntaxError(json, reader.errorPosition() - 1, plainWords(reader.errorWords()));
-    Member<Project> project = reader.takeProject();
-    if (!project.value)
-        throw DecodingError(project.fault);
-    return std::move(*project.value);
+    if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos)
+        throw syntaxError(text.substr(0, zero), "a zero byte; this is not UTF-8 text");
+    try {
+        const json document = json::parse(text);
+        return readProject(Value(document));
+    } catch (const json::parse_error& error) {
+        const std::size_t position = std::min(error.byte - 1, text.size());
+        throw syntaxError(text.substr(0, position), unexpected(text.substr(position)));
+    } catch (const json::out_of_range&) {
+        throw DecodingError("a number is too large");
+    }
 }
 
 } // namespace mossbit

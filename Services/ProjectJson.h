@@ -3,7 +3,6 @@
 #include "Models/Project.h"
 
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 namespace mossbit {
@@ -15,14 +14,10 @@ class DecodingError : public std::runtime_error {
 };
 
 /// Reads a project file's content. Missing members are completed, numbers out of range clamped and
-/// the four channels put in their order; notes without an identifier get a new one each time.
-/// Throws `DecodingError` for anything else.
+/// the four channels put in their order; a note without an identifier, or with that of a note
+/// before it, gets a new one each time. Throws `DecodingError` for anything else.
 ///
-/// Time and memory grow with the length of `json` only, whatever it holds.
-Project decodeProject(std::string_view json);
-
-/// The content of a project file, always the same bytes for the same project: keys sorted, two
-/// spaces of indent, one element per line.
-std::string encodeProject(const Project& project);
+/// Takes up to about 80 times the memory of `text`.
+Project decodeProject(std::string_view text);
 
 } // namespace mossbit

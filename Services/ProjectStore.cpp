@@ -3,9 +3,9 @@
 #include "Platform/Descriptor.h"
 #include "Services/ProjectJson.h"
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -13,52 +13,29 @@ namespace mossbit::ProjectStore {
 
 namespace {
 
-/// A full song takes 180 kB.
-constexpr std::size_t largestFile = std::size_t{64} << 20;
+/// A full song takes 180 kB. A hostile file takes up to 80 times its size to be read.
+constexpr std::size_t largestFile = std::size_t{4} << 20;
 
 [[noreturn]] void fail(int error, const std::filesystem::path& url) {
     throw std::system_error(error, std::generic_category(), url.string());
 }
 
-void checkIsReadable(int result, const struct stat& status, const std::filesystem::path& url) {
-    if (result != 0)
-        fail(errno, url);
-    if (S_ISDIR(status.st_mode))
-        fail(EISDIR, url);
-    if (!S_ISREG(status.st_mode))
-        throw DecodingError("It is not a regular file");
-    if (status.st_size > static_cast<off_t>(largestFile))
-        fail(EFBIG, url);
-}
-
 std::string readFile(const std::filesystem::path& url) {
-    struct stat status {};
-    // Before opening, because merely opening a device can do something.
-    checkIsReadable(::stat(url.c_str(), &status), status, url);
-    // Does not wait for a writer, should a pipe have taken the file's place by now.
-    const Descriptor file(::open(url.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor file(::open(url.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (!file)
         fail(errno, url);
-    checkIsReadable(::fstat(file.number(), &status), status, url);
-
-    // One byte more than the size shows the end; a file may also have grown, or lie about its size.
     std::string bytes;
-    std::size_t length = 0;
-    bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
-    while (true) {
-        const ssize_t count = ::read(file.number(), bytes.data() + length, bytes.size() - length);
-        if (count < 0 && errno != EINTR)
-            fail(errno, url);
+    std::array<char, std::size_t{64} << 10> piece{};
+    while (bytes.size() <= largestFile) {
+        const ssize_t count = ::read(file.number(), piece.data(), piece.size());
         if (count == 0)
-            break;
-        length += count > 0 ? static_cast<std::size_t>(count) : 0;
-        if (length > largestFile)
-            fail(EFBIG, url);
-        if (length == bytes.size())
-            bytes.resize(2 * length);
+            return bytes;
+        if (count > 0)
+            bytes.append(piece.data(), static_cast<std::size_t>(count));
+        else if (errno != EINTR)
+            fail(errno, url);
     }
-    bytes.resize(length);
-    return bytes;
+    fail(EFBIG, url);
 }
 
 Project withoutIds(Project project) {
@@ -70,12 +47,19 @@ Project withoutIds(Project project) {
 
 } // namespace
 
-std::string encode(const Project& project) {
-    return encodeProject(project);
+Project read(const std::filesystem::path& url) {
+    // Told before opening: that can wait for a pipe's writer, or make a device do something.
+    if (std::filesystem::is_other(url))
+        throw DecodingError("It is not a regular file");
+    return readToEnd(url);
 }
 
-Project read(const std::filesystem::path& url) {
-    return decodeProject(readFile(url));
+Project readToEnd(const std::filesystem::path& url) {
+    Project project = decodeProject(readFile(url));
+    // A short text can be a long song; what is opened must also be saved and opened again.
+    if (encode(project).size() > largestFile)
+        fail(EFBIG, url);
+    return project;
 }
 
 bool holds(const std::filesystem::path& url, const Project& project) {

@@ -1,6 +1,5 @@
 #include "Services/RecoveryFiles.h"
 
-#include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 
 #include <fnmatch.h>
@@ -78,7 +77,7 @@ bool RecoveryFiles::autosave(const Project& project) {
     if (!m_mayAutosave && !takeOver())
         return false;
     try {
-        m_files.write(m_autosave, encodeProject(project));
+        m_files.write(m_autosave, ProjectStore::encode(project));
         return true;
     } catch (const std::exception&) {
         // Nobody asked for this write, so nobody is told. The next change tries again.
@@ -109,7 +108,7 @@ bool RecoveryFiles::takeOver() {
 bool RecoveryFiles::keep(const Project& project, std::string_view title) {
     try {
         const fs::path file = newKeptFile(title);
-        m_files.write(file, encodeProject(project));
+        m_files.write(file, ProjectStore::encode(project));
         removeSuperfluous(file);
         return true;
     } catch (const std::exception&) {

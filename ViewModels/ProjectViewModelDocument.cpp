@@ -1,7 +1,6 @@
 #include "ViewModels/ProjectViewModel.h"
 
 #include "Services/ErrorDescription.h"
-#include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 
@@ -208,7 +207,7 @@ std::optional<fs::path> ProjectViewModel::askWhereToSave(FileKind kind) {
 
 bool ProjectViewModel::write(const fs::path& url) {
     try {
-        m_services.files.write(url, encodeProject(m_project));
+        m_services.files.write(url, ProjectStore::encode(m_project));
     } catch (const std::exception& error) {
         const auto* const failure = dynamic_cast<const std::system_error*>(&error);
         const int code = failure != nullptr ? failure->code().value() : 0;

@@ -1,6 +1,6 @@
 #include "ViewModels/ProjectViewModel.h"
 
-#include "Services/ProjectJson.h"
+#include "Services/ProjectStore.h"
 
 #include <exception>
 
@@ -97,7 +97,7 @@ bool ProjectViewModel::writeAutosave() {
 
 void ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
     try {
-        m_services.files.write(url, encodeProject(m_project));
+        m_services.files.write(url, ProjectStore::encode(m_project));
     } catch (const std::exception&) {
         // Nobody asked for this write, so nobody is told. The next change tries again.
     }

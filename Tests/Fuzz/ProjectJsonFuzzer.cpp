@@ -1,4 +1,5 @@
 #include "Services/ProjectJson.h"
+#include "Services/ProjectStore.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -45,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     requireLimits(project);
-    const std::string written = encodeProject(project);
+    const std::string written = ProjectStore::encode(project);
     require(decodeProject(written) == project, "a written project reads back equal");
     return 0;
 }

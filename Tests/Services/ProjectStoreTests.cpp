@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace mossbit {
 namespace {
@@ -23,18 +26,39 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
     const ScratchFolder folder;
     putBytes(folder / "empty", "");
     putBytes(folder / "large", "{}");
-    std::filesystem::resize_file(folder / "large", (64U << 20) + 1);
+    std::filesystem::resize_file(folder / "large", (4U << 20) + 1);
+    // Longer once it is written with all its members.
+    std::string notes;
+    for (int count = 0; count < 50'000; ++count)
+        notes += R"({"pitch":60,"start":0,"length":1},)";
+    putBytes(folder / "short", R"({"channels":[{"kind":"wave","notes":[)" + notes +
+                                   R"({"pitch":60,"start":0,"length":1}]}]})");
     std::filesystem::create_symlink("loop", folder / "loop");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(readingError(folder / "missing"), "No such file or directory");
     EXPECT_EQ(readingError(folder / "empty/song"), "Not a directory");
     EXPECT_EQ(readingError(folder.path()), "Is a directory");
     EXPECT_EQ(readingError(folder / "large"), "File too large");
+    EXPECT_EQ(readingError(folder / "short"), "File too large");
     EXPECT_EQ(readingError(folder / "loop"), "Too many levels of symbolic links");
     EXPECT_EQ(readingError(folder / "pipe"), "It is not a regular file");
     EXPECT_EQ(readingError("/dev/zero"), "It is not a regular file");
     EXPECT_TRUE(readingError(folder / "empty").starts_with("line 1, column 1: unexpected end"));
 }
+
+#ifdef F_SETLEASE
+TEST(ProjectStore, WaitsForAnotherProcessToGiveUpItsLease) {
+    const ScratchFolder folder;
+    putBytes(folder / "song", "{}");
+    static int leased;
+    leased = ::open((folder / "song").c_str(), O_RDWR);
+    std::signal(SIGIO, [](int) { ::fcntl(leased, F_SETLEASE, F_UNLCK); });
+    ASSERT_EQ(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
+    EXPECT_EQ(readingError(folder / "song"), "");
+    std::signal(SIGIO, SIG_DFL);
+    ::close(leased);
+}
+#endif
 
 } // namespace
 } // namespace mossbit

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platform/PosixAtomicFile.h"
-#include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 #include "Tests/Support/FakeAudioOutput.h"
 #include "Tests/Support/FakeMainLoop.h"

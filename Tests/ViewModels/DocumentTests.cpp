@@ -20,7 +20,7 @@ struct Document : ViewModelTest {
 };
 
 TEST_F(Document, StartsWithWhatTheAutosaveHolds) {
-    putBytes(harness.autosave, encodeProject(tune));
+    putBytes(harness.autosave, ProjectStore::encode(tune));
     restart();
     EXPECT_EQ(model->project(), tune);
     EXPECT_EQ(model->documentName(), "Untitled");

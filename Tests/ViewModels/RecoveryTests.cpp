@@ -20,7 +20,7 @@ struct Recovery : ViewModelTest {
 
 TEST_F(Recovery, KeepsARestoredSongThatGivesWayWithoutAQuestion) {
     for (const bool opens : {false, true}) {
-        putBytes(harness.autosave, encodeProject(tune));
+        putBytes(harness.autosave, ProjectStore::encode(tune));
         restart();
         opens ? model->openHandedOver(otherFile) : model->newProject();
         EXPECT_EQ(harness.keptSongs(), Songs{tune}) << "and the same song only once";
@@ -35,7 +35,7 @@ TEST_F(Recovery, KeepsARestoredSongThatGivesWayWithoutAQuestion) {
 TEST_F(Recovery, KeepsASongWhoseFileIsMossbitsOwnOrGone) {
     for (const bool isOwn : {true, false}) {
         const fs::path file = isOwn ? harness.autosave : harness.store("song.mossbit", tune);
-        putBytes(file, encodeProject(tune));
+        putBytes(file, ProjectStore::encode(tune));
         model->open(file);
         model->setTempo(isOwn ? 91 : 92);
         const Project edited = model->project();
@@ -49,7 +49,7 @@ TEST_F(Recovery, KeepsASongWhoseFileIsMossbitsOwnOrGone) {
 }
 
 TEST_F(Recovery, AsksWhereASongCannotBeKept) {
-    putBytes(harness.autosave, encodeProject(tune));
+    putBytes(harness.autosave, ProjectStore::encode(tune));
     restart();
     harness.files.failure = ENOSPC;
     model->newProject();
@@ -239,7 +239,7 @@ TEST_F(Recovery, LosesNoSongAtAnyFault) {
                              (kills ? " killed at " : " at ") + std::to_string(fault.call));
                 fs::remove(file);
                 fs::remove_all(harness.autosave.parent_path() / "Kept");
-                putBytes(harness.autosave, encodeProject(tune));
+                putBytes(harness.autosave, ProjectStore::encode(tune));
                 model.reset();
                 const pid_t child = ::fork();
                 if (child == 0) {
