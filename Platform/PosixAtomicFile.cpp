@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
@@ -191,7 +192,10 @@ PosixFileCalls PosixFileCalls::real() {
     };
 }
 
-PosixAtomicFile::PosixAtomicFile(PosixFileCalls calls) : m_calls(std::move(calls)) {}
+PosixAtomicFile::PosixAtomicFile(PosixFileCalls calls) : m_calls(std::move(calls)) {
+    // Where the user's files may not grow any more, writing fails instead of ending the program.
+    std::signal(SIGXFSZ, SIG_IGN);
+}
 
 void PosixAtomicFile::write(const fs::path& path,
                             const std::function<void(const Put&)>& putContent) {

@@ -10,6 +10,7 @@
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace {
@@ -30,7 +31,7 @@ int render(const char* in, const char* out) {
         return fail(std::string(out) + ": the song and the sound would be the same file");
     mossbit::Project project;
     try {
-        project = mossbit::ProjectStore::read(in);
+        project = mossbit::ProjectStore::readToEnd(in);
     } catch (const std::exception& error) {
         return fail(std::string(in) + ": " + mossbit::description(error));
     }
@@ -51,5 +52,5 @@ int render(const char* in, const char* out) {
 int main(int argc, char** argv) {
     if (argc != 3)
         return fail("usage: mossbit-render IN.mossbit OUT.wav");
-    return render(argv[1], argv[2]);
+    return render(std::string_view(argv[1]) == "-" ? "/dev/stdin" : argv[1], argv[2]);
 }
