@@ -1,5 +1,10 @@
 #include "Models/Uuid.h"
 
+#include <cerrno>
+#include <system_error>
+
+#include <sys/random.h>
+#include <unistd.h>
 #include <uuid/uuid.h>
 
 namespace mossbit {
@@ -9,8 +14,17 @@ constexpr std::size_t textLength = 36;
 }
 
 Uuid Uuid::random() {
-    Uuid uuid;
-    uuid_generate_random(uuid.bytes.data());
+    // The system is asked for sixteen at once, the most that it gives.
+    thread_local std::array<Uuid, 16> uuids;
+    thread_local std::size_t next = uuids.size();
+    if (next == uuids.size()) {
+        if (::getentropy(uuids.data(), sizeof uuids) != 0)
+            throw std::system_error(errno, std::generic_category(), "getentropy");
+        next = 0;
+    }
+    Uuid uuid = uuids[next++];
+    uuid.bytes[6] = 0x40 | (uuid.bytes[6] & 0x0F); // Version 4, random.
+    uuid.bytes[8] = 0x80 | (uuid.bytes[8] & 0x3F); // The usual layout.
     return uuid;
 }
 
