@@ -17,6 +17,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#ifdef __APPLE__
+#include <copyfile.h>
+#else
+#include <sys/xattr.h>
+#endif
 
 namespace mossbit {
 
@@ -107,6 +112,21 @@ void removeLeftovers(const fs::path& newFile) noexcept {
     }
 }
 
+/// Gives a file the access-control list of another, or none if that has none.
+bool copyAccessList(const fs::path& from, const fs::path& to) {
+#ifdef __APPLE__
+    return ::copyfile(from.c_str(), to.c_str(), nullptr, COPYFILE_ACL) == 0;
+#else
+    constexpr const char* name = "system.posix_acl_access";
+    constexpr std::size_t largestAttribute = std::size_t{64} << 10;
+    std::array<char, largestAttribute> list;
+    const ssize_t size = ::getxattr(from.c_str(), name, list.data(), list.size());
+    if (size >= 0)
+        return ::setxattr(to.c_str(), name, list.data(), static_cast<std::size_t>(size), 0) == 0;
+    return ::removexattr(to.c_str(), name) == 0 || errno == ENODATA || errno == ENOTSUP;
+#endif
+}
+
 /// A temporary file that is removed again unless it was renamed.
 class Temporary {
 public:
@@ -124,20 +144,24 @@ public:
             ::unlink(m_path.c_str());
     }
 
-    void adoptPermissions(const struct stat& old) {
+    void adoptPermissions(const fs::path& target, const struct stat& old) {
+        // Only the superuser can give files away. For others the file becomes the user's own, in
+        // the old group if they belong to it.
+        constexpr auto sameUser = static_cast<uid_t>(-1);
+        constexpr auto sameGroup = static_cast<gid_t>(-1);
+        static_cast<void>(!::fchown(m_file.number(), old.st_uid, sameGroup));
+        static_cast<void>(!::fchown(m_file.number(), sameUser, old.st_gid));
+        const bool hasSameList = copyAccessList(target, m_path);
         struct stat now {};
         if (::fstat(m_file.number(), &now) != 0)
             fail(errno, m_path);
         constexpr mode_t permissionBits = 07777;
         mode_t mode = old.st_mode & permissionBits;
-        // Only the superuser can give files away. For others the file becomes the user's own, in
-        // the old group if they belong to it; no other group may do more than everybody.
-        constexpr auto sameUser = static_cast<uid_t>(-1);
-        constexpr auto sameGroup = static_cast<gid_t>(-1);
-        if (now.st_uid != old.st_uid)
-            static_cast<void>(!::fchown(m_file.number(), old.st_uid, sameGroup));
-        if (now.st_gid != old.st_gid && ::fchown(m_file.number(), sameUser, old.st_gid) != 0)
+        // Another group may do no more than everybody, and nobody anything without the old list.
+        if (now.st_gid != old.st_gid)
             mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3U;
+        if (!hasSameList)
+            mode &= ~mode_t{S_IRWXG | S_IRWXO};
         if ((now.st_mode & permissionBits) != mode && ::fchmod(m_file.number(), mode) != 0)
             fail(errno, m_path);
     }
@@ -206,7 +230,7 @@ void PosixAtomicFile::write(const fs::path& path,
     {
         Temporary temporary(m_calls, folderOf(target), old ? privateFile : newFile);
         if (old)
-            temporary.adoptPermissions(*old);
+            temporary.adoptPermissions(target, *old);
         putContent([&](std::string_view piece) { temporary.write(piece); });
         temporary.sync();
         temporary.renameTo(target);
