@@ -35,10 +35,10 @@ private:
     QtMainLoop m_mainLoop;
     QtDialogs m_dialogs;
     PosixAtomicFile m_files;
-    SdlAudioOutput m_audioOutput;
     SessionBus m_bus;
     EndSignals m_endSignals;
     AppDelegate m_delegate;
+    std::unique_ptr<SdlAudioOutput> m_audioOutput;
     std::unique_ptr<ProjectViewModel> m_viewModel;
     std::unique_ptr<DocumentWindow> m_window;
 };

@@ -1,6 +1,5 @@
 #include "Audio/AudioEngine.h"
 
-#include <algorithm>
 #include <exception>
 #include <string>
 #include <utility>
@@ -10,18 +9,6 @@ namespace mossbit {
 namespace {
 
 constexpr double fallbackSampleRate = 44100;
-constexpr int outputChannels = 2;
-
-// Audio thread.
-void renderBlock(ChipCore& core, std::uint32_t frames, std::span<float* const> buffers) noexcept {
-    if (buffers.empty() || buffers.front() == nullptr)
-        return;
-    float* const first = buffers.front();
-    core.render({first, frames});
-    for (float* const buffer : buffers.subspan(1))
-        if (buffer != nullptr && buffer != first)
-            std::copy_n(first, frames, buffer);
-}
 
 std::shared_ptr<const RenderPattern> compile(const Project& project) {
     return std::make_shared<const RenderPattern>(project);
@@ -34,27 +21,16 @@ AudioEngine::AudioEngine(AudioOutput& engine, SystemLog log)
 
 AudioEngine::~AudioEngine() {
     // The output lives on and would go on pulling a core that nobody can stop any more.
-    if (m_engine.isRunning())
-        m_engine.pause();
+    m_engine.stop();
 }
 
 void AudioEngine::prepare(const Project& project) {
-    if (m_configured)
+    if (m_core)
         return;
-    const double deviceRate = m_engine.outputSampleRate();
+    const double deviceRate = m_engine.sampleRate();
     const double sampleRate = deviceRate > 0 ? deviceRate : fallbackSampleRate;
     m_core = std::make_shared<ChipCore>(compile(project), sampleRate);
-    // Without a format the core stays, so that edits still reach it; the next call tries again.
-    const std::optional<AudioFormat> format = m_engine.standardFormat(sampleRate, outputChannels);
-    if (!format)
-        return;
-    m_engine.connectSource(*format,
-                           [core = m_core](std::uint32_t frames, std::span<float* const> buffers) {
-                               renderBlock(*core, frames, buffers);
-                           });
-    m_engine.setOutputVolume(1);
-    m_engine.prepare();
-    m_configured = true;
+    m_engine.setSource(sampleRate, [core = m_core](std::span<float> into) { core->render(into); });
 }
 
 void AudioEngine::play(const Project& project) {
@@ -79,8 +55,7 @@ void AudioEngine::stop() {
         m_core->silence();
         m_core->rewind();
     }
-    if (m_engine.isRunning())
-        m_engine.pause();
+    m_engine.stop();
 }
 
 void AudioEngine::update(const Project& project) {

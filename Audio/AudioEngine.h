@@ -19,7 +19,7 @@ public:
     AudioEngine(const AudioEngine&) = delete;
     AudioEngine& operator=(const AudioEngine&) = delete;
 
-    /// Makes the core and the output, once; does nothing after it has succeeded.
+    /// Makes the core and connects it to the device; does nothing the next times.
     void prepare(const Project& project);
 
     /// Plays from tick 0. If the device does not start, logs one line and stays stopped.
@@ -45,7 +45,6 @@ private:
     SystemLog m_log;
     /// Shared with the source that the device calls, so that it outlives any call under way.
     std::shared_ptr<ChipCore> m_core;
-    bool m_configured = false;
     bool m_isPlaying = false;
 };
 

@@ -65,10 +65,10 @@ void CallbackWhileEditing(benchmark::State& state) {
     for (auto _ : state) {
         std::atomic<bool> done = false;
         const std::jthread audio([&] {
-            std::vector<float> left(blockFrames), right(blockFrames);
+            std::vector<float> block(blockFrames);
             for (double& share : percent) {
                 const double start = threadSeconds();
-                editor.output.pullInto(left, right);
+                editor.output.pullInto(block);
                 share = (threadSeconds() - start) * sampleRate / blockFrames * 100;
             }
             done = true;

@@ -7,34 +7,31 @@
 
 namespace mossbit {
 
-class SdlLine;
-
 /// The default sound device through SDL2.
 ///
-/// A thread of its own, the keeper, makes all slow calls: a sound system that hangs delays the main
-/// thread by two seconds at most. When the device is lost while playing, the keeper looks for a new
-/// default device for a few seconds and goes on there at the same rate; if none comes, `isRunning`
-/// turns false. A device that has been paused for a few seconds is released.
+/// A worker thread makes all calls that may be slow: a sound system that hangs delays the main
+/// thread by two seconds at most. When the device is lost while playing, or asks for nothing for
+/// two seconds, the worker looks for a new default device for a few seconds and goes on there at
+/// the same rate; if none comes, `isRunning` turns false. A device that has been stopped for a few
+/// seconds is closed; the next start goes to what is the default by then.
 class SdlAudioOutput final : public AudioOutput {
 public:
+    /// Asks for the device's rate in the background.
     SdlAudioOutput();
     ~SdlAudioOutput() override;
 
-    double outputSampleRate() override;
-    std::optional<AudioFormat> standardFormat(double sampleRate, int channels) override;
-    void connectSource(const AudioFormat& format, Source source) override;
-    void setOutputVolume(float volume) override;
-    void prepare() override;
+    double sampleRate() override;
+    void setSource(double sampleRate, Source source) override;
     bool isRunning() const override;
     void start() override;
-    void pause() override;
-
-    /// Frames per buffer that the open device gave; 0 while none is open.
-    int deviceFrames() const;
+    void stop() override;
 
 private:
-    std::shared_ptr<SdlLine> m_line;
-    std::thread m_keeper;
+    class Device;
+
+    /// Shared with the worker, which outlives the output where the sound system hangs.
+    std::shared_ptr<Device> m_device;
+    std::thread m_worker;
 };
 
 } // namespace mossbit

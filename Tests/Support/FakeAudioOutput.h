@@ -2,7 +2,7 @@
 
 #include "Platform/AudioOutput.h"
 
-#include <mutex>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -17,32 +17,22 @@ class FakeAudioOutput : public AudioOutput {
 public:
     // What the device is like.
     double rate = 48000;
-    bool refusesFormat = false;
     /// Not empty: `start` fails with these words.
     std::string startError;
     bool pullsOnThread = false;
 
-    // What was asked of it.
-    float volume = -1;
-    AudioFormat format;
+    /// At which the source was set.
+    double sourceRate = 0;
 
-    ~FakeAudioOutput() override { FakeAudioOutput::pause(); }
+    ~FakeAudioOutput() override { FakeAudioOutput::stop(); }
 
-    double outputSampleRate() override { return rate; }
+    double sampleRate() override { return rate; }
 
-    std::optional<AudioFormat> standardFormat(double sampleRate, int channels) override {
-        if (refusesFormat)
-            return std::nullopt;
-        return AudioFormat{sampleRate, channels};
-    }
-
-    void connectSource(const AudioFormat& newFormat, Source source) override {
-        format = newFormat;
+    void setSource(double sampleRate, Source source) override {
+        sourceRate = sampleRate;
         m_source = std::move(source);
     }
 
-    void setOutputVolume(float newVolume) override { volume = newVolume; }
-    void prepare() override {}
     bool isRunning() const override { return m_running; }
 
     void start() override {
@@ -51,13 +41,13 @@ public:
         m_running = true;
         if (pullsOnThread)
             m_thread = std::jthread([this](const std::stop_token& token) {
-                std::vector<float> left(512), right(512);
+                std::vector<float> block(512);
                 while (!token.stop_requested())
-                    pullInto(left, right);
+                    m_source(block);
             });
     }
 
-    void pause() override {
+    void stop() override {
         m_running = false;
         m_thread = {};
     }
@@ -65,19 +55,14 @@ public:
     /// The device went away while it was running.
     void lose() { m_running = false; }
 
-    void pullInto(std::vector<float>& left, std::vector<float>& right) {
-        float* const buffers[] = {left.data(), right.data()};
-        m_source(static_cast<std::uint32_t>(left.size()), buffers);
-    }
+    void pullInto(std::span<float> block) { m_source(block); }
 
-    /// The next samples of both channels.
-    std::pair<std::vector<float>, std::vector<float>> pull(std::size_t frames) {
-        std::pair both(std::vector<float>(frames, 9), std::vector<float>(frames, 9));
-        pullInto(both.first, both.second);
-        return both;
+    /// The next samples.
+    std::vector<float> pull(std::size_t frames) {
+        std::vector<float> samples(frames, 9);
+        m_source(samples);
+        return samples;
     }
-
-    const Source& source() const { return m_source; }
 
 private:
     Source m_source;

@@ -21,13 +21,12 @@ bool WatchedOutput::waitFor(std::size_t frames) const {
     return waitUntil([&] { return m_frames >= end; });
 }
 
-void WatchedOutput::connectSource(const AudioFormat& format, Source source) {
-    m_real.connectSource(format, [this, source = std::move(source)](
-                                     std::uint32_t frames, std::span<float* const> buffers) {
+void WatchedOutput::setSource(double sampleRate, Source source) {
+    m_real.setSource(sampleRate, [this, source = std::move(source)](std::span<float> into) {
         const AllocationGuard guard;
-        source(frames, buffers);
-        const std::size_t kept = std::min<std::size_t>(frames, m_given.size() - m_frames);
-        std::copy_n(buffers[0], kept, m_given.begin() + static_cast<std::ptrdiff_t>(m_frames));
+        source(into);
+        const std::size_t kept = std::min(into.size(), m_given.size() - m_frames);
+        std::copy_n(into.begin(), kept, m_given.begin() + static_cast<std::ptrdiff_t>(m_frames));
         m_frames += kept;
     });
 }
@@ -47,7 +46,7 @@ void playSession(WatchedOutput& output, std::size_t frames) {
     FakeSystemLog log;
     AudioEngine engine(output, log);
     const Project project = unmistakableSong();
-    const double rate = output.outputSampleRate();
+    const double rate = output.sampleRate();
     ChipCore core(compiled(project), rate > 0 ? rate : 44100);
     const std::vector<float> expected = rendered(core, frames);
     engine.play(project);

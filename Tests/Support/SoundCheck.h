@@ -20,21 +20,15 @@ public:
 
     /// Frames that the device has pulled so far.
     std::size_t frames() const { return m_frames; }
-    /// The first channel of those frames.
     std::span<const float> given() const { return std::span(m_given).first(m_frames); }
     /// Waits until the device has pulled so many frames more; false if it does not.
     bool waitFor(std::size_t frames) const;
 
-    double outputSampleRate() override { return m_real.outputSampleRate(); }
-    std::optional<AudioFormat> standardFormat(double sampleRate, int channels) override {
-        return m_real.standardFormat(sampleRate, channels);
-    }
-    void connectSource(const AudioFormat& format, Source source) override;
-    void setOutputVolume(float volume) override { m_real.setOutputVolume(volume); }
-    void prepare() override { m_real.prepare(); }
+    double sampleRate() override { return m_real.sampleRate(); }
+    void setSource(double sampleRate, Source source) override;
     bool isRunning() const override { return m_real.isRunning(); }
     void start() override { m_real.start(); }
-    void pause() override { m_real.pause(); }
+    void stop() override { m_real.stop(); }
 
 private:
     AudioOutput& m_real;
