@@ -133,7 +133,7 @@ void ChipCore::mix(std::span<float> into) {
     while (!into.empty()) {
         into = into.subspan(mixUndisturbed(m_voices, *m_pattern, static_cast<float>(m_sampleRate),
                                            m_highPass, into));
-        // What kept the voices from going on four samples at a time lies within the next four.
+        // The event that stopped it lies within the next four samples.
         const std::size_t single = std::min<std::size_t>(into.size(), 4);
         for (float& sample : into.first(single))
             sample = nextSample();

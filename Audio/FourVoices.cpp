@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t groupFrames = 4;
 constexpr int noiseLane = 3;
 
-/// The noise register, up to four clocks at a time and without branches: whether it is clocked is
-/// as good as random.
+/// The noise register, up to four clocks at a time. It has no branches, because a processor could
+/// not predict whether a sample clocks it.
 class NoiseRegister {
 public:
     explicit NoiseRegister(const Voice& voice)
@@ -67,7 +67,7 @@ struct Group {
     std::array<unsigned, groupFrames> clocks;
 };
 
-/// What the voices do until something happens, one lane per voice. An idle voice stands still.
+/// The voices' state between two events, one lane per voice. The lane of an idle voice is constant.
 struct Lanes {
     // Counts upwards in every stage, so that one comparison finds the end of any of them: in a
     // stage that falls, `direction` is −1 and so is the sign of the level.
@@ -176,7 +176,8 @@ inline bool Lanes::advance(Group& group) {
     return true;
 }
 
-/// The chip's two pulses, its wave and its noise, with what stays the same until something happens.
+/// Mixes the chip's two pulses, its wave and its noise, with the settings that hold between two
+/// events.
 class Mixer {
 public:
     Mixer(const std::vector<RenderChannel>& channels, const Lanes& lanes)
@@ -212,8 +213,9 @@ private:
     Square m_volume;
 };
 
-/// Four samples through the filter, clamped, in place. Denormals and overshoots are rare, so they
-/// are looked for afterwards, off the chain from output to output that bounds the speed of it all.
+/// Filters and clamps four samples in place. Denormals and overshoots are rare, so they are looked
+/// for afterwards, off the chain from output to output, whose latency bounds the speed of
+/// rendering.
 inline void filterGroup(HighPass& filter, float* samples) {
     const std::array<float, groupFrames> x = {samples[0], samples[1], samples[2], samples[3]};
     const float y0 = filter.coefficient * (filter.y + x[0] - filter.x);
@@ -233,14 +235,14 @@ inline void filterGroup(HighPass& filter, float* samples) {
     filter.y = y3;
 }
 
-/// Renders groups until `into` is full or something happens in one; returns the frames written.
+/// Renders groups until `into` is full or an event falls into the next one; returns the frames
+/// written.
 template <bool sweeping>
 std::size_t renderGroups(Lanes& voices, NoiseRegister& registerOfNoise, HighPass& highPass,
                          const Mixer& mixer, std::span<float> into) {
-    // The filter follows two groups behind the mix: close together, a processor would run out of
-    // places to remember what it has begun, and wait for one chain after the other.
+    // The filter lags two groups behind the mix, so that the reorder buffer overlaps both chains.
     constexpr std::size_t lag = 2 * groupFrames;
-    // Copies of the caller's, which could otherwise not stay in registers.
+    // Local copies can stay in registers, because `into` cannot alias them.
     Lanes lanes = voices;
     NoiseRegister noise = registerOfNoise;
     HighPass filter = highPass;

@@ -1,6 +1,5 @@
 #include "Audio/ChipCore.h"
 
-#include "Tests/Audio/PlainRenderer.h"
 #include "Tests/Support/RandomSong.h"
 #include "Tests/Support/Rendering.h"
 #include "Tests/Support/SongBuilder.h"
@@ -8,8 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <limits>
+#include <random>
+#include <span>
+#include <utility>
 
 namespace mossbit {
 namespace {
@@ -23,60 +23,74 @@ bool isSilent(std::span<const float> samples) {
     return std::all_of(samples.begin(), samples.end(), [](float s) { return s == 0; });
 }
 
-/// Where the formula has run into denormals after silence, the core may be at zero already.
-bool isAsInFormula(float formula, float real) {
-    const bool isFlushed = real == 0 && std::abs(formula) < std::numeric_limits<float>::min();
-    return isFlushed || std::bit_cast<std::uint32_t>(formula) == std::bit_cast<std::uint32_t>(real);
+/// `frames` samples, rendered `block` at a time, or in blocks of changing length if that is 0.
+std::vector<float> renderedInBlocks(const Project& project, double rate, std::size_t frames,
+                                    std::size_t block) {
+    std::mt19937 random(4);
+    ChipCore core(compiled(project), rate);
+    std::vector<float> samples(frames);
+    for (std::span<float> left = samples; !left.empty();) {
+        const std::size_t wanted = block == 0 ? random() % 300 : block;
+        const std::span<float> next = left.first(std::min(wanted, left.size()));
+        core.render(next);
+        left = left.subspan(next.size());
+    }
+    return samples;
 }
 
-void expectPlainFormula(const Project& project, double rate) {
-    const auto pattern = compiled(project);
-    const std::vector<float> expected = PlainRenderer(*pattern, rate).render(70'000);
-    ChipCore core(pattern, rate);
-    EXPECT_TRUE(std::ranges::equal(expected, rendered(core, 70'000), isAsInFormula)) << rate;
+/// One frame is less than the voices can render side by side: single frames go through each voice's
+/// own step.
+void expectTheSameInEveryBlockSize(const Project& project, double rate) {
+    const std::vector<float> whole = rendered(project, 70'000, rate);
+    for (const std::size_t block : {1U, 7U, 1024U, 0U})
+        EXPECT_TRUE(renderedInBlocks(project, rate, 70'000, block) == whole)
+            << rate << ' ' << block;
 }
 
-TEST(ChipCore, EqualsThePlainFormulaOnRandomSongs) {
+TEST(ChipCore, GivesTheSameSamplesForEverySplitIntoBlocks) {
     std::mt19937 random(1);
     // From rates at which a drum clocks several times a sample, or an attack is over in one, to
     // those at which it hardly ever does.
     for (const double rate : {44100.0, 48000.0, 22050.0, 96000.0, 8000.0, 1000.0, 200.0, 3.0})
-        for (int i = 0; i < 5; ++i)
-            expectPlainFormula(randomSong(random), rate);
+        for (int i = 0; i < 4; ++i)
+            expectTheSameInEveryBlockSize(randomSong(random), rate);
+    Project swapped = song({.bars = 1}).note(69, 0, 4).on(ChannelKind::noise).note(1, 0, 1);
+    std::swap(swapped.channels[0], swapped.channels[2]);
+    expectTheSameInEveryBlockSize(swapped, 44100);
 }
 
-TEST(ChipCore, EqualsThePlainFormulaForUnusualPatterns) {
-    Project swapped =
-        song({.tempo = 300, .bars = 1}).note(69, 0, 4).note(180, 4, 4).on(ChannelKind::noise);
-    std::swap(swapped.channels[0], swapped.channels[2]);
-    Project few = song({.bars = 1}).note(60, 0, 2).note(61, 3, 2);
-    few.channels.resize(1);
-    few.channels[0].volume = 150; // Clamped to full scale.
-    Project many = song({.bars = 1}).on(ChannelKind::noise).note(2, 0, 1).note(7, 3, 9);
-    many.channels.push_back(many.channels[3]);
+TEST(ChipCore, GivesTheSamplesOfTheFormulas) {
+    // Calculated apart from this code, at a rate where drums clock several times a sample and a
+    // high note takes several periods.
+    const Project project = song({.tempo = 300, .bars = 1, .loop = false})
+                                .note(69, 0, 4)
+                                .on(ChannelKind::pulse2)
+                                .note(180, 1, 9, 7)
+                                .on(ChannelKind::wave)
+                                .note(60, 0, 2, 3)
+                                .note(36, 5, 1)
+                                .on(ChannelKind::noise)
+                                .note(0, 0, 1)
+                                .note(1, 3, 1)
+                                .note(2, 6, 1)
+                                .note(3, 8, 1);
+    const std::vector<float> samples = rendered(project, 601, 1000);
+    using Case = std::pair<std::size_t, float>;
+    for (const auto& [frame, expected] :
+         {Case{0, -0.133073106F}, Case{2, -0.0252225474F}, Case{50, 0.145264134F},
+          Case{100, 0.152766064F}, Case{200, 0.0140001569F}, Case{300, 0.0197573826F},
+          Case{400, -0.153083429F}, Case{600, -0.0506240875F}})
+        EXPECT_EQ(samples[frame], expected) << frame;
+}
+
+TEST(ChipCore, PlaysFourChannelsAtMost) {
+    Project four = song({.bars = 1}).on(ChannelKind::noise).note(2, 0, 1).note(7, 3, 9);
+    Project five = four;
+    five.channels.push_back(five.channels[3]);
+    EXPECT_TRUE(rendered(five, 40'000) == rendered(four, 40'000));
     Project none;
     none.channels.clear();
-    for (const Project& project : {swapped, few, many, none})
-        expectPlainFormula(project, 44100);
-}
-
-TEST(ChipCore, GivesTheSameSamplesForEverySplitIntoBlocks) {
-    std::mt19937 random(2);
-    for (int i = 0; i < 6; ++i) {
-        const Project project = randomSong(random);
-        const std::vector<float> whole = rendered(project, 150'000);
-        for (const std::size_t block : {1U, 2U, 3U, 7U, 61U, 1021U, 1024U, 0U}) {
-            ChipCore core(compiled(project), 44100);
-            std::vector<float> pieces(whole.size());
-            for (std::size_t at = 0; at < pieces.size();) {
-                const std::size_t wanted = block == 0 ? random() % 300 : block;
-                const std::size_t frames = std::min(wanted, pieces.size() - at);
-                core.render(std::span(pieces).subspan(at, frames));
-                at += frames;
-            }
-            ASSERT_TRUE(pieces == whole) << "song " << i << " in blocks of " << block;
-        }
-    }
+    EXPECT_TRUE(isSilent(rendered(none, 40'000)));
 }
 
 TEST(ChipCore, PublishesTheTickBeingPlayed) {
