@@ -1,8 +1,6 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -15,16 +13,6 @@ enum class FileKind { project, wav };
 
 inline const char* extensionOf(FileKind kind) {
     return kind == FileKind::project ? ".mossbit" : ".wav";
-}
-
-/// `path` with the extension of `kind`, unless it has one: at least one letter and no space after
-/// the last dot, which "Song v1.2" has not.
-inline std::filesystem::path withExtension(std::filesystem::path path, FileKind kind) {
-    const std::string extension = path.extension().string();
-    const auto isLetter = [](unsigned char c) { return std::isalpha(c) != 0; };
-    if (std::ranges::none_of(extension, isLetter) || extension.find(' ') != std::string::npos)
-        path += extensionOf(kind);
-    return path;
 }
 
 /// Modal dialogs of the main window. Each call returns when the user has answered.
@@ -44,8 +32,8 @@ public:
     virtual std::size_t runAlert(const Alert& alert) = 0;
 
     /// Asks where to save and, where a file exists, whether to replace it. `proposal` is a file
-    /// name with its extension, in the folder to begin in if it names one. The answer has an
-    /// extension, that of `kind` if the user typed none. Nothing if the user cancelled.
+    /// name with its extension, in the folder to begin in if it names one. The answer is complete:
+    /// it ends in an extension of `kind`. Nothing if the user cancelled.
     virtual std::optional<std::filesystem::path>
     runSavePanel(FileKind kind, const std::filesystem::path& proposal) = 0;
 

@@ -1,6 +1,7 @@
 #include "Platform/QtDialogs.h"
 
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -16,7 +17,9 @@ namespace mossbit {
 
 namespace {
 
-QString folderToShow(const std::filesystem::path& lastFolder) {
+namespace fs = std::filesystem;
+
+QString folderToShow(const fs::path& lastFolder) {
     QString last = QFile::decodeName(lastFolder.c_str());
     if (!last.isEmpty() && QDir(last).exists())
         return last;
@@ -24,17 +27,31 @@ QString folderToShow(const std::filesystem::path& lastFolder) {
     return QDir(documents).exists() ? documents : QDir::homePath();
 }
 
-std::optional<std::filesystem::path> run(QFileDialog& panel, std::filesystem::path& lastFolder) {
-    if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty())
+/// Song files may also be called JSON, which the open panel offers as well.
+bool endsInExtensionOf(FileKind kind, const QString& name) {
+    const auto ends = [&](const char* extension) {
+        return name.endsWith(QLatin1String(extension), Qt::CaseInsensitive);
+    };
+    return ends(extensionOf(kind)) || (kind == FileKind::project && ends(".json"));
+}
+
+/// Shows the panel until it is closed. Not `exec`, for which a desktop's own panel may run a main
+/// loop of its toolkit, where nothing of Qt can end it.
+std::optional<QString> run(QFileDialog& panel) {
+    QEventLoop loop;
+    QObject::connect(&panel, &QDialog::finished, &loop, &QEventLoop::quit);
+    panel.open();
+    loop.exec();
+    if (panel.result() != QDialog::Accepted || panel.selectedFiles().isEmpty())
         return std::nullopt;
-    const std::filesystem::path file =
-        QFile::encodeName(panel.selectedFiles().first()).toStdString();
-    lastFolder = file.parent_path();
-    return file;
+    return panel.selectedFiles().first();
+}
+
+fs::path toPath(const QString& file) {
+    return QFile::encodeName(file).toStdString();
 }
 
 } // namespace
-
 std::size_t QtDialogs::runAlert(const Alert& alert) {
     constexpr std::array roles = {QMessageBox::AcceptRole, QMessageBox::DestructiveRole,
                                   QMessageBox::RejectRole};
@@ -59,39 +76,57 @@ std::size_t QtDialogs::runAlert(const Alert& alert) {
                                     : static_cast<std::size_t>(pressed - buttons.begin());
 }
 
-std::optional<std::filesystem::path>
-QtDialogs::runSavePanel(FileKind kind, const std::filesystem::path& proposal) {
+bool QtDialogs::mayReplace(const QString& file) const {
+    if (!QFileInfo::exists(file))
+        return true;
+    QMessageBox box(
+        QMessageBox::Warning, QStringLiteral("Mossbit"),
+        QStringLiteral("“%1” already exists. Replace it?").arg(QFileInfo(file).fileName()),
+        QMessageBox::Cancel, m_window);
+    box.setTextFormat(Qt::PlainText);
+    const auto* replace = box.addButton(QStringLiteral("Replace"), QMessageBox::AcceptRole);
+    box.setDefaultButton(QMessageBox::Cancel);
+    box.exec();
+    return box.clickedButton() == replace;
+}
+
+std::optional<fs::path> QtDialogs::runSavePanel(FileKind kind, const fs::path& proposal) {
     const bool isProject = kind == FileKind::project;
     QFileDialog panel(m_window, isProject ? QStringLiteral("Save") : QStringLiteral("Export WAV"));
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
     panel.setNameFilter(isProject ? QStringLiteral("Mossbit project (*.mossbit)")
                                   : QStringLiteral("WAV audio (*.wav)"));
-    panel.setDefaultSuffix(isProject ? QStringLiteral("mossbit") : QStringLiteral("wav"));
+    // A panel would ask about the name as it was typed, without the extension.
+    panel.setOption(QFileDialog::DontConfirmOverwrite);
     // The folder before the name, which native panels otherwise look for in the working folder.
     panel.setDirectory(
         folderToShow(proposal.has_parent_path() ? proposal.parent_path() : m_folder));
     panel.selectFile(QFile::decodeName(proposal.filename().c_str()));
-    while (const auto chosen = run(panel, m_folder)) {
-        const std::filesystem::path file = withExtension(*chosen, kind);
-        // What cannot even be looked up is for the write to report.
-        std::error_code error;
-        if (file == *chosen || !std::filesystem::exists(file, error))
-            return file;
-        // The panel asked about another name; it asks about this one when it is confirmed.
-        panel.selectFile(QFile::decodeName(file.filename().c_str()));
+    while (auto file = run(panel)) {
+        if (!endsInExtensionOf(kind, *file))
+            *file += QLatin1String(extensionOf(kind));
+        if (mayReplace(*file)) {
+            m_folder = toPath(*file).parent_path();
+            return toPath(*file);
+        }
+        panel.selectFile(*file);
     }
     return std::nullopt;
 }
 
-std::optional<std::filesystem::path> QtDialogs::runOpenPanel() {
+std::optional<fs::path> QtDialogs::runOpenPanel() {
     QFileDialog panel(m_window, QStringLiteral("Open"));
     panel.setAcceptMode(QFileDialog::AcceptOpen);
     panel.setFileMode(QFileDialog::ExistingFile);
     panel.setNameFilters({QStringLiteral("Mossbit project or JSON (*.mossbit *.json)"),
                           QStringLiteral("All files (*)")});
     panel.setDirectory(folderToShow(m_folder));
-    return run(panel, m_folder);
+    const auto file = run(panel);
+    if (!file)
+        return std::nullopt;
+    m_folder = toPath(*file).parent_path();
+    return toPath(*file);
 }
 
 } // namespace mossbit

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+class QString;
 class QWidget;
 
 namespace mossbit {
@@ -20,6 +21,9 @@ public:
     std::optional<std::filesystem::path> runOpenPanel() override;
 
 private:
+    /// Asks about a file that exists.
+    bool mayReplace(const QString& file) const;
+
     QWidget* m_window = nullptr;
     /// Where the last panel was closed with a file; empty before.
     std::filesystem::path m_folder;

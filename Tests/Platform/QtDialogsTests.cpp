@@ -87,27 +87,52 @@ TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
     QApplication::setStyle("fusion");
 }
 
+/// Types a name into the save panel that comes up next.
+void type(const QString& name) {
+    whenShown<QFileDialog>([name](QFileDialog& panel) {
+        auto* field = panel.findChild<QLineEdit*>("fileNameEdit");
+        field->setText(name);
+        QTest::keyClick(field, Qt::Key_Return);
+    });
+}
+
 TEST(QtDialogs, SavePanelCompletesTheName) {
     const QTemporaryDir folder;
     // Longer than names can be, once it has the extension; for the write to report.
-    const std::string longName = std::string(247, 'a') + "1.2";
-    const struct {
-        FileKind kind;
-        std::string typed, expected;
-    } cases[] = {
-        {FileKind::project, "new", "new.mossbit"},
-        {FileKind::project, longName, longName + ".mossbit"},
-        {FileKind::project, "ä song.mossbit", "ä song.mossbit"},
-        {FileKind::wav, "new", "new.wav"},
-    };
-    for (const auto& c : cases) {
-        whenShown<QFileDialog>([&](QFileDialog& panel) {
-            auto* name = panel.findChild<QLineEdit*>("fileNameEdit");
-            name->setText(folder.filePath(QString::fromStdString(c.typed)));
-            QTest::keyClick(name, Qt::Key_Return);
+    const QString longName(250, 'a');
+    const QString song = ".mossbit";
+    const std::pair<QString, QString> names[] = {
+        {"new", song},       {longName, song},     {"ä song.mossbit", ""}, {"old.JSON", ""},
+        {"Dr.Mario", song},  {"song.v2", song},    {"take one.wav", song}, {"LOUD.MOSSBIT", ""},
+        {"mix.final", song}, {"name v1.2 b", song}};
+    for (const auto& [typed, extension] : names) {
+        type(folder.filePath(typed));
+        EXPECT_EQ(QtDialogs().runSavePanel(FileKind::project, "Untitled.mossbit"),
+                  folder.filePath(typed + extension).toStdString());
+    }
+    type(folder.filePath("mix.final"));
+    EXPECT_EQ(QtDialogs().runSavePanel(FileKind::wav, "Untitled.wav"),
+              folder.filePath("mix.final.wav").toStdString());
+}
+
+TEST(QtDialogs, AsksOnceBeforeAFileIsReplaced) {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("song.mossbit");
+    ASSERT_TRUE(QFile(file).open(QFile::WriteOnly));
+    for (const char* typed : {"song", "song.mossbit"}) {
+        QtDialogs dialogs;
+        type(folder.filePath(typed));
+        whenShown<QMessageBox>([&](QMessageBox& box) {
+            EXPECT_TRUE(box.text().contains("song.mossbit")) << box.text().toStdString();
+            QTest::keyClick(&box, Qt::Key_Escape);
+            whenShown<QFileDialog>([](QFileDialog& panel) {
+                auto* field = panel.findChild<QLineEdit*>("fileNameEdit");
+                EXPECT_EQ(field->text(), "song.mossbit");
+                QTest::keyClick(field, Qt::Key_Return);
+            });
+            whenShown<QMessageBox>([](QMessageBox& again) { again.buttons().last()->click(); });
         });
-        EXPECT_EQ(QtDialogs().runSavePanel(c.kind, "Untitled.mossbit"),
-                  folder.filePath(QString::fromStdString(c.expected)).toStdString());
+        EXPECT_EQ(dialogs.runSavePanel(FileKind::project, "Untitled.mossbit"), file.toStdString());
     }
 }
 
