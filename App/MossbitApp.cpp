@@ -11,6 +11,8 @@
 #include <QApplication>
 #include <QSessionManager>
 
+#include <cstdlib>
+
 namespace mossbit {
 
 MossbitApp::MossbitApp() : m_delegate([this] { m_window->bringToFront(); }) {}
@@ -37,8 +39,7 @@ void MossbitApp::followTheSystem() {
     QApplication::setQuitOnLastWindowClosed(
         m_delegate.applicationShouldTerminateAfterLastWindowClosed());
     qApp->installEventFilter(&m_delegate);
-    const auto terminate = [this] { m_delegate.applicationWillTerminate(); };
-    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate, terminate);
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate, [this] { terminate(); });
     // The session may end the process without another word.
     QObject::connect(
         qApp, &QGuiApplication::commitDataRequest, &m_delegate,
@@ -47,16 +48,24 @@ void MossbitApp::followTheSystem() {
                 m_viewModel->flushAutosave();
         },
         Qt::DirectConnection);
-    // Not `quit`, which a dialog could refuse: this leaves every loop, also those of dialogs.
-    QObject::connect(&m_endSignals, &EndSignals::received, &m_delegate,
-                     [] { QCoreApplication::exit(); });
-    QObject::connect(
-        &m_bus, &SessionBus::openRequested, &m_delegate,
-        [this](const QStringList& uris) { m_delegate.open({handedOverPath(uris.first())}); });
-    QObject::connect(&m_bus, &SessionBus::activated, &m_delegate, [this] {
-        if (m_window)
+    QObject::connect(&m_endSignals, &EndSignals::received, &m_delegate, [this] {
+        terminate();
+        // Not by way of the main loop: a dialog of the desktop's may run one that does not end, and
+        // a sound server that hangs would be waited for.
+        std::_Exit(EXIT_SUCCESS);
+    });
+    QObject::connect(&m_bus, &SessionBus::requested, &m_delegate, [this](const QStringList& uris) {
+        if (!uris.isEmpty())
+            m_delegate.open({handedOverPath(uris.first())});
+        else if (m_window)
             m_window->bringToFront();
     });
+}
+
+void MossbitApp::terminate() {
+    // A double-click while the song is being saved starts a fresh copy.
+    m_bus.leave();
+    m_delegate.applicationWillTerminate();
 }
 
 void MossbitApp::makeDocument() {

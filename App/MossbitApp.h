@@ -31,6 +31,7 @@ private:
     void makeDocument();
     void showWindow();
     void followTheSystem();
+    void terminate();
 
     QtMainLoop m_mainLoop;
     QtDialogs m_dialogs;

@@ -6,6 +6,8 @@
 #include <QDBusMessage>
 #include <QVariantMap>
 
+#include <chrono>
+
 namespace mossbit {
 
 namespace {
@@ -14,36 +16,28 @@ const QString busName = QStringLiteral("com.quillark.mossbit");
 const QString objectPath = QStringLiteral("/com/quillark/mossbit");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-/// In milliseconds.
+/// Where the sender of a request writes until when it waits.
+const QString deadlineKey = QStringLiteral("com.quillark.mossbit.deadline");
+
+// In milliseconds. A request that is taken before its deadline is answered long before its sender
+// gives up.
 constexpr int answerLimit = 2000;
+constexpr int deadlineAfter = 1000;
 
-/// The desktop's permission to come to the front: what it calls it in a call, and the variable in
-/// which it gives it to a program that it starts.
-struct Token {
-    const char* key;
-    const char* variable;
-};
-constexpr Token tokens[] = {{"activation-token", "XDG_ACTIVATION_TOKEN"},
-                            {"desktop-startup-id", "DESKTOP_STARTUP_ID"}};
-
-QVariantMap platformData() {
-    QVariantMap data;
-    for (const auto& [key, variable] : tokens) {
-        if (qEnvironmentVariableIsSet(variable))
-            data.insert(QLatin1String(key), qEnvironmentVariable(variable));
-    }
-    return data;
+/// Milliseconds of a clock that all processes share.
+qint64 now() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-void acceptTokens(const QVariantMap& platformData) {
-    for (const auto& [key, variable] : tokens) {
-        const QByteArray token = platformData.value(QLatin1String(key)).toString().toUtf8();
-        if (!token.isEmpty())
-            qputenv(variable, token);
-    }
-}
+/// Where Wayland's desktops leave a program that they start the permission to come to the front,
+/// and where Qt looks for it.
+constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
+const QString tokenKey = QStringLiteral("activation-token");
+/// The same for desktops that know nothing but start-up notification.
+const QString startupIdKey = QStringLiteral("desktop-startup-id");
 
-/// Replies at once: what a request leads to may ask the user something.
+/// Passes each request on and replies at once: what it leads to may ask the user something.
 class Adaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -53,22 +47,24 @@ public:
 
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the interface's names.
-    void Activate(const QVariantMap& platformData) {
-        acceptTokens(platformData);
-        QMetaObject::invokeMethod(&m_bus, &SessionBus::activated, Qt::QueuedConnection);
-    }
+    void Activate(const QVariantMap& platformData) { Open({}, platformData); }
 
     void Open(const QStringList& uris, const QVariantMap& platformData) {
-        if (uris.isEmpty())
-            return Activate(platformData);
-        acceptTokens(platformData);
+        // After a long stop of this process, the sender has opened the file itself.
+        const QVariant deadline = platformData.value(deadlineKey);
+        if (deadline.isValid() && deadline.toLongLong() < now())
+            return;
+        const QString token =
+            platformData.value(tokenKey, platformData.value(startupIdKey)).toString();
+        if (!token.isEmpty())
+            qputenv(tokenVariable, token.toUtf8());
         QMetaObject::invokeMethod(
-            &m_bus, [this, uris] { Q_EMIT m_bus.openRequested(uris); }, Qt::QueuedConnection);
+            &m_bus, [this, uris] { Q_EMIT m_bus.requested(uris); }, Qt::QueuedConnection);
     }
 
     /// The application has no actions of its own; like any request, it brings the window up.
     void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) {
-        Activate(platformData);
+        Open({}, platformData);
     }
     // NOLINTEND(readability-identifier-naming)
 
@@ -101,9 +97,14 @@ bool SessionBus::handOver(const QString& file) const {
     call.setAutoStartService(false);
     if (!file.isEmpty())
         call << QStringList(file);
-    call << platformData();
+    call << QVariantMap{{deadlineKey, now() + deadlineAfter},
+                        {tokenKey, qEnvironmentVariable(tokenVariable)}};
     const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, answerLimit);
     return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+void SessionBus::leave() {
+    QDBusConnection::sessionBus().unregisterService(busName);
 }
 
 } // namespace mossbit

@@ -25,10 +25,13 @@ public:
     /// Waits for the owner two seconds at most.
     Role join(const QString& file);
 
+    /// Gives the name back, so that the next start finds no owner.
+    void leave();
+
 Q_SIGNALS:
-    void activated();
-    /// `uris` is never empty.
-    void openRequested(const QStringList& uris);
+    /// Another start or the desktop wants the window in front, and a file opened unless `uris` is
+    /// empty.
+    void requested(const QStringList& uris);
 
 private:
     bool handOver(const QString& file) const;
