@@ -13,6 +13,15 @@
 #include <QScreen>
 #include <QUrl>
 
+#if QT_CONFIG(xcb)
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#endif
+
 namespace mossbit {
 
 namespace {
@@ -21,6 +30,36 @@ namespace {
 void acceptAsCopy(QDropEvent& event) {
     event.setDropAction(Qt::CopyAction);
     event.accept();
+}
+
+/// On X11, Qt's request carries the time of the last key or click in this program, and a window
+/// manager may refuse it once another program has had a later one. Whoever starts the program again
+/// wants it in front, so this request is one on the user's behalf, as a task bar makes it.
+void activateLikeATaskBar([[maybe_unused]] const QWidget& window) {
+#if QT_CONFIG(xcb)
+    const auto* const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 == nullptr)
+        return;
+    xcb_connection_t* const server = x11->connection();
+    constexpr std::string_view name = "_NET_ACTIVE_WINDOW";
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> type(
+        xcb_intern_atom_reply(server, xcb_intern_atom(server, 0, name.size(), name.data()),
+                              nullptr),
+        std::free);
+    if (type == nullptr)
+        return;
+    constexpr std::uint32_t onTheUsersBehalf = 2;
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = static_cast<xcb_window_t>(window.winId());
+    message.type = type->atom;
+    message.data.data32[0] = onTheUsersBehalf;
+    xcb_send_event(server, 0, xcb_setup_roots_iterator(xcb_get_setup(server)).data->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(server);
+#endif
 }
 
 } // namespace
@@ -53,11 +92,14 @@ void DocumentWindow::showTitle() {
 void DocumentWindow::bringToFront() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
-    // While a dialog waits, the keyboard is of no use to anyone else.
+    // While a dialog waits, the keyboard is of no use to anyone else. A panel of the desktop's is
+    // none of our windows; it comes along with the one that it belongs to.
     QWidget* const dialog = QApplication::activeModalWidget();
-    QWidget* const front = dialog != nullptr ? dialog : this;
+    const bool isOurs = dialog != nullptr && !dialog->testAttribute(Qt::WA_DontShowOnScreen);
+    QWidget* const front = isOurs ? dialog : this;
     front->raise();
     front->activateWindow();
+    activateLikeATaskBar(*front);
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event) {
