@@ -174,6 +174,11 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     showProject();
 }
 
+// The keyboard moves on while the children go, when little of this object is left.
+TempoControl::~TempoControl() {
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 void TempoControl::showProject() {
     const std::int64_t tempo = m_vm.project().tempo;
     if (tempo == m_tempo)

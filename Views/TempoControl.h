@@ -34,6 +34,7 @@ class TempoControl : public QWidget {
 
 public:
     explicit TempoControl(ProjectViewModel& vm, QWidget* parent = nullptr);
+    ~TempoControl() override;
 
     bool isEditing() const { return m_editingTempo; }
 
