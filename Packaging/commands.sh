@@ -1,9 +1,9 @@
 # shellcheck shell=bash
 # What the commands in the project's root share. They source this file; $root is that folder.
+# macOS runs it with bash 3.2.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Debian's names.
 # shellcheck disable=SC2034
 buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsdl2-dev libpulse-dev
     nlohmann-json3-dev uuid-dev fonts-dejavu-core)
@@ -22,14 +22,37 @@ stop() {
     exit 1
 }
 
-# installPackages PACKAGE…: installs those that are missing.
-installPackages() {
-    # There the packages are the user's business; the configuration names what it misses.
-    [[ $(uname) == Darwin ]] && return
+# How other systems install what the build needs.
+otherPackages() {
+    local system
+    # shellcheck disable=SC1091
+    system=$(. /etc/os-release 2>/dev/null && echo " ${ID:-} ${ID_LIKE:-} ")
+    case $(uname)$system in
+    Darwin*) say "brew install cmake ninja qt sdl2 nlohmann-json; for tests googletest google-benchmark" ;;
+    *' fedora '*) say "sudo dnf install gcc-c++ cmake ninja-build pkgconf-pkg-config qt6-qtbase-devel" \
+        "SDL2-devel pulseaudio-libs-devel json-devel libuuid-devel dejavu-sans-mono-fonts;" \
+        "for tests gtest-devel google-benchmark-devel clang compiler-rt xorg-x11-server-Xvfb" \
+        "openbox xdotool xprop xwininfo ImageMagick dbus-daemon glib2 at-spi2-core" \
+        "python3-pyatspi pulseaudio pulseaudio-utils" ;;
+    *' arch '*) say "sudo pacman -S --needed gcc cmake ninja pkgconf qt6-base sdl2-compat libpulse" \
+        "nlohmann-json util-linux-libs ttf-dejavu; for tests gtest benchmark clang compiler-rt" \
+        "xorg-server-xvfb openbox xdotool xorg-xprop xorg-xwininfo imagemagick dbus glib2" \
+        "at-spi2-core python-atspi pulseaudio" ;;
+    *) say "what Debian calls ${buildPackages[*]}; for tests ${testPackages[*]}" ;;
+    esac
+}
 
-    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-        stop "This system has no apt-get. Mossbit needs what Debian calls: $*"
-    fi
+hasApt() {
+    command -v apt-get >/dev/null && command -v dpkg-query >/dev/null
+}
+
+# installPackages PACKAGE…: installs those that are missing, where there is apt-get. Elsewhere the
+# packages are the user's business.
+installPackages() {
+    [[ -z ${SUDO_USER:-} || -O $root ]] ||
+        stop "Run this as yourself, without sudo: it asks for sudo where it needs that"
+    hasApt || return 0
+
     local installed package missing=()
     # Fails when it does not know one of them.
     installed=$(dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' "$@" 2>/dev/null) ||
@@ -39,7 +62,7 @@ installPackages() {
     done
     ((${#missing[@]} > 0)) || return 0
 
-    local asRoot=()
+    local asRoot=(env)
     if ((EUID != 0)); then
         command -v sudo >/dev/null ||
             stop "Root or sudo is needed to install these packages: ${missing[*]}"
@@ -47,18 +70,29 @@ installPackages() {
         # Without a terminal nobody could answer.
         [[ -t 0 ]] || asRoot=(sudo --non-interactive)
     fi
-    say "Installing ${missing[*]}"
-    local log
+    say "Installing these packages and what they need: ${missing[*]}"
+    local log attempt
     log=$(mktemp)
-    if ! { "${asRoot[@]}" apt-get -qq -o DPkg::Lock::Timeout=300 update &&
-        "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -y \
-            -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 \
-            install --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 </dev/null; then
+    # The lists have a lock that apt-get does not wait for. Other failures are left to the
+    # installation: it may need nothing of a source that is broken.
+    for ((attempt = 0; attempt < 60; attempt++)); do
+        "${asRoot[@]}" env LC_ALL=C apt-get -qq update >"$log" 2>&1 </dev/null && break
+        grep -q 'Could not get lock' "$log" || break
+        sleep 2
+    done
+    if ! "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -y \
+        -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 \
+        install --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then
         tail -n 20 "$log" >&2
         rm -f "$log"
         stop "Could not install these packages: ${missing[*]}"
     fi
     rm -f "$log"
+}
+
+# inRoot COMMAND…: a preset is looked for in the current folder's sources.
+inRoot() {
+    (cd "$root" && "$@")
 }
 
 # configure PRESET OPTION…: both commands give the same compiler flags, so that neither makes the
@@ -68,15 +102,17 @@ configure() {
     shift
     # Only there is the set of warnings known; a newer compiler may have more.
     grep -qs '^VERSION_CODENAME=bookworm$' /etc/os-release && strict=ON
-    # A preset is looked for in the current folder's sources.
-    (cd "$root" && cmake --preset "$preset" --log-level=WARNING \
-        "-DCMAKE_COMPILE_WARNING_AS_ERROR=$strict" "$@" >/dev/null)
+    inRoot cmake --preset "$preset" --log-level=WARNING \
+        "-DCMAKE_COMPILE_WARNING_AS_ERROR=$strict" "$@" >/dev/null && return
+    hasApt || say "Where something is missing, this installs it: $(otherPackages)"
+    return 1
 }
 
-# build FOLDER OPTION…
+# build PRESET
 build() {
-    local folder=$1 quiet=()
-    shift
-    [[ -t 1 ]] || quiet=(-- --quiet)
-    cmake --build "$folder" "$@" "${quiet[@]}"
+    if [[ -t 1 ]]; then
+        inRoot cmake --build --preset "$1"
+    else
+        inRoot cmake --build --preset "$1" -- --quiet
+    fi
 }
