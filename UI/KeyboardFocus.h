@@ -4,14 +4,14 @@
 
 namespace mossbit {
 
-/// Whether who loses the keyboard for that reason gets it back: it is only lent, to a menu or to
-/// another program.
-inline bool isKeyboardLent(Qt::FocusReason reason) {
+/// Whether a widget that loses the keyboard focus for that reason gets it back: a menu or another
+/// program has it meanwhile.
+inline bool isFocusComingBack(Qt::FocusReason reason) {
     return reason == Qt::PopupFocusReason || reason == Qt::MenuBarFocusReason ||
            reason == Qt::ActiveWindowFocusReason;
 }
 
-/// Whether Tab brought the keyboard, so that its place must be shown.
+/// Whether Tab brought the focus, so that its place must be shown.
 inline bool isByKeyboard(Qt::FocusReason reason) {
     return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
 }

@@ -2,16 +2,16 @@
 
 #include "UI/Theme.h"
 
-#include <QWidget>
+#include <QLabel>
 
 namespace mossbit {
 
 /// A line of text in the pixel style.
-class PixelCaption : public QWidget {
+class PixelCaption : public QLabel {
 public:
     PixelCaption(const QString& text, const PixelLabel& label, QWidget* parent = nullptr);
 
-    void setText(const QString& text, const PixelLabel& label);
+    void setColor(const QColor& color);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -20,7 +20,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QString m_text;
     PixelLabel m_label;
 };
 

@@ -154,4 +154,10 @@ void PixelPainter::smoothOutline(const QRectF& rect, double growth, double width
     m_painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
+void paintFocusMark(PixelPainter& pixels, const QRectF& rect) {
+    // The dark line within keeps the light one visible on an accent face.
+    pixels.pixelBorder(rect, Palette::text);
+    pixels.pixelBorder(rect.adjusted(1, 1, -1, -1), Palette::background);
+}
+
 } // namespace mossbit

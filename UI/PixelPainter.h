@@ -67,4 +67,7 @@ private:
     const QTransform m_pixels;
 };
 
+/// Draws the mark of the keyboard focus just inside `rect`.
+void paintFocusMark(PixelPainter& pixels, const QRectF& rect);
+
 } // namespace mossbit

@@ -4,10 +4,11 @@
 
 namespace mossbit {
 
-PixelRule::PixelRule(int width, int height, QWidget* parent)
-    : QWidget(parent), m_extent(width, height) {
-    setSizePolicy(width > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding,
-                  height > 0 ? QSizePolicy::Fixed : QSizePolicy::Expanding);
+PixelRule::PixelRule(int width, int height, QWidget* parent) : QFrame(parent) {
+    if (width > 0)
+        setFixedWidth(width);
+    if (height > 0)
+        setFixedHeight(height);
 }
 
 void PixelRule::paintEvent(QPaintEvent*) {

@@ -1,21 +1,16 @@
 #pragma once
 
-#include <QWidget>
+#include <QFrame>
 
 namespace mossbit {
 
 /// A rectangle in `Palette::line`: a divider or a rule. 0 for a side lets the layout stretch it.
-class PixelRule : public QWidget {
+class PixelRule : public QFrame {
 public:
     PixelRule(int width, int height, QWidget* parent = nullptr);
 
-    QSize sizeHint() const override { return m_extent; }
-
 protected:
     void paintEvent(QPaintEvent* event) override;
-
-private:
-    const QSize m_extent;
 };
 
 } // namespace mossbit

@@ -1,8 +1,6 @@
 #include "UI/PixelSegments.h"
 
-#include "UI/PixelAccessibility.h"
-
-#include <QEvent>
+#include "UI/PixelPainter.h"
 
 namespace mossbit {
 
@@ -12,26 +10,36 @@ constexpr double padding = 7;
 /// Neighbours share their outline.
 constexpr int overlap = 1;
 
+/// Its row draws it, which knows what lies over what.
+class Segment : public PixelButton {
+public:
+    using PixelButton::PixelButton;
+
+protected:
+    void paintEvent(QPaintEvent*) override {}
+};
+
 } // namespace
 
-PixelSegmentRow::PixelSegmentRow(const QString& name, const std::vector<QString>& labels,
-                                 const QColor& accent, QWidget* parent)
-    : QWidget(parent) {
-    installPixelAccessibility();
+PixelSegmentRow::PixelSegmentRow(const QString& name, const QColor& accent, QWidget* parent)
+    : QWidget(parent), m_accent(accent) {
     setAccessibleName(name);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    for (std::size_t index = 0; index < labels.size(); ++index) {
-        auto* segment = new PixelButton({.kind = FlatButton::Kind::choice,
-                                         .accent = accent,
-                                         .padding = padding,
-                                         .text = labels[index],
-                                         .idleColor = Palette::textDim},
-                                        this);
-        segment->setAccessibleName(name + QLatin1Char(' ') + labels[index]);
-        connect(segment, &QAbstractButton::clicked, this, [this, index] { Q_EMIT clicked(index); });
-        segment->installEventFilter(this);
-        m_segments.push_back(segment);
-    }
+    setFixedSize(0, 0);
+}
+
+PixelButton& PixelSegmentRow::add(const QString& label) {
+    auto* segment = new Segment({.kind = PixelButton::Kind::choice,
+                                 .accent = m_accent,
+                                 .padding = padding,
+                                 .idleColor = Palette::textDim},
+                                this);
+    segment->setText(label);
+    segment->setAccessibleName(accessibleName() + QLatin1Char(' ') + label);
+    segment->setGeometry(
+        QRect(QPoint(m_segments.empty() ? 0 : width() - overlap, 0), segment->sizeHint()));
+    setFixedSize(segment->geometry().bottomRight().x() + 1, segment->height());
+    m_segments.push_back(segment);
+    return *segment;
 }
 
 void PixelSegmentRow::setAccent(const QColor& accent) {
@@ -39,43 +47,19 @@ void PixelSegmentRow::setAccent(const QColor& accent) {
         segment->setAccent(accent);
 }
 
-QSize PixelSegmentRow::sizeHint() const {
-    QSize size(0, 0);
-    for (const PixelButton* segment : m_segments) {
-        const QSize hint = segment->sizeHint();
-        size = {size.width() + hint.width() - overlap, std::max(size.height(), hint.height())};
-    }
-    return size + QSize(overlap, 0);
-}
-
-void PixelSegmentRow::showSelected(std::size_t index) {
-    for (std::size_t i = 0; i < m_segments.size(); ++i)
-        m_segments[i]->setActive(i == index);
-    stack();
-}
-
-void PixelSegmentRow::stack() {
-    // The chosen segment's outline lies over its neighbours', the keyboard's mark over that.
-    for (PixelButton* segment : m_segments)
-        if (segment->isActive())
-            segment->raise();
-    for (PixelButton* segment : m_segments)
-        if (segment->hasFocus())
-            segment->raise();
-}
-
-bool PixelSegmentRow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
-        stack();
-    return QWidget::eventFilter(watched, event);
-}
-
-void PixelSegmentRow::resizeEvent(QResizeEvent*) {
-    int x = 0;
-    for (PixelButton* segment : m_segments) {
-        segment->setGeometry(QRect(QPoint(x, 0), segment->sizeHint()));
-        x += segment->width() - overlap;
-    }
+void PixelSegmentRow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    PixelPainter pixels(painter);
+    // The chosen segment's outline lies over its neighbours', the focus mark over that.
+    for (const bool checked : {false, true})
+        for (const PixelButton* segment : m_segments)
+            if (segment->isChecked() == checked)
+                segment->draw(pixels, segment->geometry());
+    for (const PixelButton* segment : m_segments)
+        if (segment->hasFocus()) {
+            segment->draw(pixels, segment->geometry());
+            paintFocusMark(pixels, segment->geometry());
+        }
 }
 
 } // namespace mossbit

@@ -2,7 +2,6 @@
 
 #include "UI/PixelButton.h"
 
-#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -10,32 +9,20 @@ namespace mossbit {
 
 /// The buttons of a segmented picker in one row. Use `PixelSegments`.
 class PixelSegmentRow : public QWidget {
-    Q_OBJECT
-
 public:
-    /// `name` is what assistive tools call the picker.
-    PixelSegmentRow(const QString& name, const std::vector<QString>& labels, const QColor& accent,
-                    QWidget* parent = nullptr);
-
     void setAccent(const QColor& accent);
-    PixelButton& segment(std::size_t index) const { return *m_segments[index]; }
-    std::size_t segmentCount() const { return m_segments.size(); }
-
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
-
-Q_SIGNALS:
-    void clicked(std::size_t index);
 
 protected:
-    /// Shows that segment as chosen; none for an index past the last.
-    void showSelected(std::size_t index);
-    void resizeEvent(QResizeEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    /// `name` is what assistive tools call the picker.
+    PixelSegmentRow(const QString& name, const QColor& accent, QWidget* parent);
+
+    PixelButton& add(const QString& label);
+    PixelButton& segment(std::size_t index) const { return *m_segments[index]; }
+
+    void paintEvent(QPaintEvent* event) override;
 
 private:
-    void stack();
-
+    const QColor m_accent;
     std::vector<PixelButton*> m_segments;
 };
 
@@ -43,47 +30,30 @@ private:
 template <typename Option>
 class PixelSegments : public PixelSegmentRow {
 public:
-    struct Choice {
-        Option option;
-        QString label;
-    };
-
-    /// A choice for each of `options`, with the text that `label` gives it.
+    /// `onChange` gets the option whose segment is chosen, by whatever means.
     template <typename Options, typename Label>
-    static std::vector<Choice> choices(const Options& options, Label label) {
-        std::vector<Choice> result;
-        result.reserve(std::size(options));
+    PixelSegments(const QString& name, const Options& options, Label label, const QColor& accent,
+                  const std::function<void(Option)>& onChange, QWidget* parent = nullptr)
+        : PixelSegmentRow(name, accent, parent), m_options(std::begin(options), std::end(options)) {
         for (const Option& option : options)
-            result.push_back({option, label(option)});
-        return result;
+            connect(&add(label(option)), &QAbstractButton::toggled, this, [=](bool on) {
+                if (on)
+                    onChange(option);
+            });
     }
 
-    /// `onClick` gets the option of every clicked segment, the selected one's too.
-    PixelSegments(const QString& name, const std::vector<Choice>& choices, const QColor& accent,
-                  std::function<void(Option)> onClick, QWidget* parent = nullptr)
-        : PixelSegmentRow(name, labels(choices), accent, parent), m_choices(choices) {
-        connect(this, &PixelSegmentRow::clicked, this,
-                [this, onClick = std::move(onClick)](std::size_t index) {
-                    onClick(m_choices[index].option);
-                });
-    }
-
+    /// Shows that option as chosen; none if it is not among the options.
     void setSelection(const Option& selection) {
-        const auto found = std::find_if(m_choices.begin(), m_choices.end(),
-                                        [&](const Choice& c) { return c.option == selection; });
-        showSelected(static_cast<std::size_t>(found - m_choices.begin()));
+        for (std::size_t i = 0; i < m_options.size(); ++i) {
+            // Otherwise Qt would keep one checked in any case.
+            segment(i).setAutoExclusive(false);
+            segment(i).setChecked(m_options[i] == selection);
+            segment(i).setAutoExclusive(true);
+        }
     }
 
 private:
-    static std::vector<QString> labels(const std::vector<Choice>& choices) {
-        std::vector<QString> result;
-        result.reserve(choices.size());
-        for (const Choice& choice : choices)
-            result.push_back(choice.label);
-        return result;
-    }
-
-    std::vector<Choice> m_choices;
+    const std::vector<Option> m_options;
 };
 
 } // namespace mossbit

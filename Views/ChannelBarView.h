@@ -1,14 +1,14 @@
 #pragma once
 
-#include "UI/PixelSegments.h"
 #include "ViewModels/ProjectViewModel.h"
 
-#include <array>
+#include <QWidget>
 
 namespace mossbit {
 
-class ChannelCard;
 class PixelCaption;
+template <typename Option>
+class PixelSegments;
 
 /// The row under the cards with the setting that belongs to the selected channel's kind.
 class ChannelInspector : public QWidget {
@@ -16,8 +16,6 @@ class ChannelInspector : public QWidget {
 
 public:
     explicit ChannelInspector(ProjectViewModel& vm, QWidget* parent = nullptr);
-
-    QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -27,9 +25,11 @@ private:
 
     ProjectViewModel& m_vm;
     PixelCaption* m_title;
+    /// Names the setting.
+    PixelCaption* m_caption;
     PixelSegments<Duty>* m_duty;
     PixelSegments<WavePreset>* m_preset;
-    QWidget* m_kit;
+    QWidget* m_drums;
 };
 
 /// The song's channels side by side, and the selected one's setting.
@@ -38,19 +38,6 @@ class ChannelBarView : public QWidget {
 
 public:
     explicit ChannelBarView(ProjectViewModel& vm, QWidget* parent = nullptr);
-
-    ChannelCard& card(std::size_t index) const { return *m_cards[index]; }
-    ChannelInspector& inspector() const { return *m_inspector; }
-
-    QSize sizeHint() const override;
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
-private:
-    std::array<ChannelCard*, 4> m_cards{};
-    ChannelInspector* m_inspector;
 };
 
 } // namespace mossbit

@@ -24,41 +24,35 @@ constexpr int accentBarHeight = 2;
 
 constexpr int mutePadding = 4;
 
-class MuteButton : public FlatButton {
+class MuteButton : public PixelButton {
 public:
-    explicit MuteButton(QWidget* parent) : FlatButton(Kind::toggle, parent) {}
+    explicit MuteButton(QWidget* parent) : PixelButton({.kind = Kind::toggle}, parent) {}
 
     QSize sizeHint() const override {
         return PixelIcon{PixelGlyph::speaker}.extent().toSize() +
                QSize(2 * mutePadding, 2 * mutePadding);
     }
 
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        PixelPainter pixels(painter);
-        const bool muted = isActive();
+    void draw(PixelPainter& pixels, const QRectF& face) const override {
+        const bool muted = isChecked();
         const QColor mutedColor = Palette::accent(ChannelKind::noise);
-        pixels.fill(rect(), Palette::well);
+        pixels.fill(face, Palette::well);
         pixels.icon({.glyph = muted ? PixelGlyph::mute : PixelGlyph::speaker,
                      .color = muted ? mutedColor : Palette::textDim},
                     {mutePadding, mutePadding});
-        pixels.pixelBorder(rect(), muted ? mutedColor : Palette::line);
-        paintFocusMark(pixels);
+        pixels.pixelBorder(face, muted ? mutedColor : Palette::line);
     }
 };
 
 } // namespace
 
 ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
-    : FlatButton(Kind::choice, parent),
+    : PixelButton({.kind = Kind::choice}, parent),
       m_vm(vm),
       m_index(index),
-      m_kind(vm.project().channels[static_cast<std::size_t>(index)].kind),
+      m_kind(channel().kind),
       m_mute(new MuteButton(this)),
-      m_volume(new VolumeBar(
-          Palette::accent(m_kind), static_cast<int>(highestVolume),
-          [&vm, index](int volume) { vm.setVolume(volume, index); }, this)) {
+      m_volume(new VolumeBar(Palette::accent(m_kind), static_cast<int>(highestVolume), this)) {
     const QString name = title(m_kind);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     setAccessibleName(name);
@@ -67,30 +61,44 @@ ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
     m_volume->setToolTip(tr("Volume"));
     m_mute->setAccessibleName(name + QStringLiteral(" mute"));
     m_volume->setAccessibleName(name + QStringLiteral(" volume"));
-    connect(this, &QAbstractButton::clicked, this,
-            [this] { m_vm.setSelectedChannelIndex(m_index); });
-    connect(m_mute, &QAbstractButton::clicked, this, [this] { m_vm.toggleMute(m_index); });
+    connect(this, &QAbstractButton::toggled, this, [this](bool on) {
+        if (on)
+            m_vm.setSelectedChannelIndex(m_index);
+    });
+    connect(m_mute, &QAbstractButton::toggled, this, [this](bool on) {
+        if (on != channel().muted)
+            m_vm.toggleMute(m_index);
+        m_mute->setToolTip(on ? tr("Unmute") : tr("Mute"));
+        update();
+    });
+    connect(m_volume, &QAbstractSlider::valueChanged, this, [this](int volume) {
+        m_vm.setVolume(volume, m_index);
+        showVolume();
+    });
     connect(&vm, &ProjectViewModel::projectChanged, this, &ChannelCard::showProject);
     connect(&vm, &ProjectViewModel::selectedChannelIndexChanged, this, &ChannelCard::showProject);
+    m_mute->setToolTip(tr("Mute"));
+    showVolume();
     showProject();
 }
 
+const Channel& ChannelCard::channel() const {
+    return m_vm.project().channels[static_cast<std::size_t>(m_index)];
+}
+
 void ChannelCard::showProject() {
-    setActive(m_index == m_vm.selectedChannelIndex());
-    const Channel& channel = m_vm.project().channels[static_cast<std::size_t>(m_index)];
-    m_volume->setValue(static_cast<int>(channel.volume));
-    m_mute->setActive(channel.muted);
-    m_mute->setToolTip(channel.muted ? tr("Unmute") : tr("Mute"));
-    if (channel.volume == m_shownVolume && channel.muted == m_isShownMuted)
-        return;
-    m_shownVolume = channel.volume;
-    m_isShownMuted = channel.muted;
+    setChecked(m_index == m_vm.selectedChannelIndex());
+    m_volume->setValue(static_cast<int>(channel().volume));
+    m_mute->setChecked(channel().muted);
+}
+
+void ChannelCard::showVolume() {
     setAccessibleDescription(QStringLiteral("Vol ") + volumeText());
     update();
 }
 
 QString ChannelCard::volumeText() const {
-    return QStringLiteral("%1 / %2").arg(m_shownVolume).arg(highestVolume);
+    return QStringLiteral("%1 / %2").arg(m_volume->value()).arg(highestVolume);
 }
 
 QSize ChannelCard::sizeHint() const {
@@ -105,28 +113,24 @@ void ChannelCard::resizeEvent(QResizeEvent*) {
                           width() - 2 * sidePadding, volumeHeight);
 }
 
-void ChannelCard::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    PixelPainter pixels(painter);
+void ChannelCard::draw(PixelPainter& pixels, const QRectF& face) const {
     const QColor accent = Palette::accent(m_kind);
-    const QRectF card = rect();
-    pixels.fill(card, isActive() ? Palette::background : Palette::panel);
+    pixels.fill(face, isChecked() ? Palette::background : Palette::panel);
 
     const double header = m_mute->geometry().y() + m_mute->height() / 2.0;
     pixels.fill({sidePadding, header - swatchSize / 2.0, swatchSize, swatchSize},
-                withOpacity(accent, m_isShownMuted ? 0.3 : 1.0));
-    pixels.text(title(m_kind), pixelLabel(11, isActive() ? Palette::text : Palette::textDim),
+                withOpacity(accent, m_mute->isChecked() ? 0.3 : 1.0));
+    pixels.text(title(m_kind), pixelLabel(11, isChecked() ? Palette::text : Palette::textDim),
                 {sidePadding + swatchSize + headerSpacing, header});
 
-    const double footer = card.bottom() - endPadding - footerHeight / 2.0;
+    const double footer = face.bottom() - endPadding - footerHeight / 2.0;
     const PixelLabel caption = pixelLabel(9, Palette::textDim);
     pixels.text(QStringLiteral("Vol"), caption, {sidePadding, footer});
-    pixels.text(volumeText(), caption, {card.right() - sidePadding, footer}, Qt::AlignRight);
+    pixels.text(volumeText(), caption, {face.right() - sidePadding, footer}, Qt::AlignRight);
 
-    if (isActive())
-        pixels.edge(card, Qt::TopEdge, accent, accentBarHeight);
-    pixels.pixelBorder(card, isActive() ? withOpacity(accent, 0.6) : Palette::line);
-    paintFocusMark(pixels);
+    if (isChecked())
+        pixels.edge(face, Qt::TopEdge, accent, accentBarHeight);
+    pixels.pixelBorder(face, isChecked() ? withOpacity(accent, 0.6) : Palette::line);
 }
 
 } // namespace mossbit

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Models/Channel.h"
-#include "UI/FlatButton.h"
+#include "UI/PixelButton.h"
 
 namespace mossbit {
 
@@ -9,30 +9,26 @@ class ProjectViewModel;
 class VolumeBar;
 
 /// One channel: its name, mute button and volume. A click anywhere else on it selects the channel.
-class ChannelCard : public FlatButton {
+class ChannelCard : public PixelButton {
 public:
     ChannelCard(ProjectViewModel& vm, int index, QWidget* parent = nullptr);
 
-    FlatButton& muteButton() const { return *m_mute; }
-    VolumeBar& volumeBar() const { return *m_volume; }
-
+    void draw(PixelPainter& pixels, const QRectF& face) const override;
     QSize sizeHint() const override;
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void showProject();
+    void showVolume();
+    const Channel& channel() const;
     QString volumeText() const;
 
     ProjectViewModel& m_vm;
     const int m_index;
     const ChannelKind m_kind;
-    // What is on the screen.
-    std::int64_t m_shownVolume = -1;
-    bool m_isShownMuted = false;
-    FlatButton* m_mute;
+    PixelButton* m_mute;
     VolumeBar* m_volume;
 };
 

@@ -47,7 +47,6 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
       m_vm(vm),
       m_transport(new TransportView(vm, m_zoom, this)),
       m_pianoRoll(new PianoRollView(vm, this)),
-      m_channelBar(new ChannelBarView(vm, this)),
       m_hint(new Hint(this)) {
     setMinimumSize(minimumExtent);
 
@@ -58,7 +57,7 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     column->addWidget(new PixelRule(0, 1, this));
     column->addWidget(m_pianoRoll, 1);
     column->addWidget(new PixelRule(0, 1, this));
-    column->addWidget(m_channelBar);
+    column->addWidget(new ChannelBarView(vm, this));
     m_hint->raise();
     m_pianoRoll->setFocus();
 

@@ -9,7 +9,6 @@ class QMessageBox;
 
 namespace mossbit {
 
-class ChannelBarView;
 class PianoRollView;
 class TransportView;
 
@@ -27,9 +26,7 @@ public:
     double zoom() const { return m_zoom; }
     void setZoom(double zoom);
 
-    TransportView& transport() const { return *m_transport; }
     PianoRollView& pianoRoll() const { return *m_pianoRoll; }
-    ChannelBarView& channelBar() const { return *m_channelBar; }
     /// What an empty song shows over the piano roll.
     QWidget& hint() const { return *m_hint; }
 
@@ -47,7 +44,6 @@ private:
     double m_zoom = 1;
     TransportView* m_transport;
     PianoRollView* m_pianoRoll;
-    ChannelBarView* m_channelBar;
     QWidget* m_hint;
     QPointer<QMessageBox> m_alert;
 };

@@ -1,6 +1,5 @@
 #include "Views/PianoRollView.h"
 
-#include "UI/FlatButton.h"
 #include "UI/KeyboardFocus.h"
 #include "Views/KeyColumn.h"
 #include "Views/PianoRollAccessibility.h"
@@ -311,7 +310,7 @@ void PianoRollView::focusInEvent(QFocusEvent* event) {
 
 void PianoRollView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
-    if (!isKeyboardLent(event->reason()))
+    if (!isFocusComingBack(event->reason()))
         m_focusMark->hide();
 }
 

@@ -5,11 +5,11 @@
 #include "UI/PixelCaption.h"
 #include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
+#include "UI/PixelRow.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QFontMetrics>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
@@ -53,19 +53,14 @@ std::optional<std::int64_t> parseTempo(const QString& text) {
     return value;
 }
 
-class TempoNumber : public FlatButton {
+class TempoNumber : public PixelButton {
 public:
-    explicit TempoNumber(QWidget* parent) : FlatButton(Kind::action, parent) {}
+    using PixelButton::PixelButton;
 
     QSize sizeHint() const override { return {numberWidth, numberHeight}; }
 
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        PixelPainter pixels(painter);
-        pixels.text(text(), pixelLabel(numberSize, Palette::text), QRectF(rect()).center(),
-                    Qt::AlignHCenter);
-        paintFocusMark(pixels);
+    void draw(PixelPainter& pixels, const QRectF& face) const override {
+        pixels.text(text(), pixelLabel(numberSize, Palette::text), face.center(), Qt::AlignHCenter);
     }
 };
 
@@ -119,7 +114,7 @@ void TempoField::contextMenuEvent(QContextMenuEvent* event) {
 
 void TempoField::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
-    if (!isKeyboardLent(event->reason()))
+    if (!isFocusComingBack(event->reason()))
         Q_EMIT left();
 }
 
@@ -141,21 +136,14 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     // In reading order, which Tab and assistive tools follow.
     auto* caption = new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this);
     auto* slower = makeStepButton(PixelGlyph::minus, tr("Decrease tempo"), this);
-    m_number = new TempoNumber(this);
+    m_number = new TempoNumber({}, this);
     m_field = new TempoField(this);
     auto* faster = makeStepButton(PixelGlyph::plus, tr("Increase tempo"), this);
     m_number->setToolTip(tr("Click to type a tempo (40–300)"));
     m_number->setCursor(Qt::IBeamCursor);
     m_field->hide();
 
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(spacing);
-    row->addWidget(caption);
-    row->addWidget(slower);
-    row->addWidget(m_number);
-    row->addWidget(m_field);
-    row->addWidget(faster);
+    setLayout(new PixelRow(spacing, {caption, slower, m_number, m_field, faster}));
 
     connect(slower, &QAbstractButton::clicked, this,
             [this] { m_vm.setTempo(m_vm.project().tempo - 1); });
@@ -216,8 +204,8 @@ void TempoControl::commitTempo() {
     close();
 }
 
-/// Whoever borrowed the keyboard may pass it on instead of giving it back, and the field learns
-/// nothing of that.
+/// A menu may pass the focus on to another widget instead of giving it back, and the field gets no
+/// event of that.
 void TempoControl::commitIfLeftTo(const QWidget* widget) {
     if (widget && widget != m_field && widget->window() == window() &&
         !qobject_cast<const QMenuBar*>(widget))

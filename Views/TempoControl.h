@@ -1,14 +1,15 @@
 #pragma once
 
-#include "UI/FlatButton.h"
 #include "ViewModels/ProjectViewModel.h"
 
 #include <QLineEdit>
 
 namespace mossbit {
 
-/// The entry field for a tempo. Leaves to the menus the keys that are theirs, and says when the
-/// keyboard has really gone elsewhere.
+class PixelButton;
+
+/// The entry field for a tempo. It leaves the menus their keys, and does not take an open menu or
+/// an inactive window for the end of the entry.
 class TempoField : public QLineEdit {
     Q_OBJECT
 
@@ -36,8 +37,6 @@ public:
     explicit TempoControl(ProjectViewModel& vm, QWidget* parent = nullptr);
     ~TempoControl() override;
 
-    bool isEditing() const { return m_editingTempo; }
-
 Q_SIGNALS:
     /// The field has closed and has given the keyboard away.
     void keyboardReleased();
@@ -53,7 +52,7 @@ private:
     ProjectViewModel& m_vm;
     bool m_editingTempo = false;
     std::int64_t m_tempo = 0;
-    FlatButton* m_number = nullptr;
+    PixelButton* m_number = nullptr;
     TempoField* m_field = nullptr;
 };
 

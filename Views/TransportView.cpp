@@ -2,9 +2,9 @@
 
 #include "UI/PixelCaption.h"
 #include "UI/PixelIcon.h"
-#include "UI/PixelPainter.h"
 #include "UI/PixelRow.h"
 #include "UI/PixelRule.h"
+#include "UI/PixelSegments.h"
 #include "Views/DisplayNames.h"
 #include "Views/TempoControl.h"
 
@@ -17,51 +17,98 @@ namespace {
 // Points.
 constexpr int barHeight = 46;
 constexpr int endPadding = 14;
-constexpr double widestGap = 14;
-constexpr double narrowestFlexibleGap = 8;
+constexpr int widestGap = 14;
+constexpr int narrowestFlexibleGap = 8;
 constexpr int dividerHeight = 22;
 constexpr int captionSpacing = 6;
 constexpr int buttonSpacing = 5;
+
+PixelCaption* makeCaption(const QString& text, QWidget* parent) {
+    return new PixelCaption(text, pixelLabel(10, Palette::textDim), parent);
+}
+
+PixelButton* makeButton(const PixelButton::Look& look, const QString& name, const QString& toolTip,
+                        QWidget* parent) {
+    auto* button = new PixelButton(look, parent);
+    button->setAccessibleName(name);
+    button->setToolTip(toolTip);
+    return button;
+}
+
+/// Shows whether the song is played. A click always starts anew; what assistive tools do to a
+/// checkable button, which is to toggle it, starts and stops.
+class PlayButton : public PixelButton {
+public:
+    using PixelButton::PixelButton;
+
+protected:
+    void nextCheckState() override {}
+};
 
 } // namespace
 
 TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
     : QWidget(parent), m_vm(vm), m_zoom(zoom) {
     setAccessibleName(tr("Transport"));
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    const auto divider = [this] { return new PixelRule(1, dividerHeight, this); };
+    setAutoFillBackground(true);
+    setFixedHeight(barHeight);
+    auto* row = new PixelRow(0, {});
+    row->setContentsMargins(endPadding, 0, endPadding, 0);
+    setLayout(row);
+    // Gaps narrow where the window is too narrow for them.
+    const auto addGap = [row] {
+        row->addItem(new QSpacerItem(widestGap, 0, QSizePolicy::Maximum));
+    };
+    const auto addDivider = [this, row, addGap] {
+        addGap();
+        row->addWidget(new PixelRule(1, dividerHeight, this));
+        addGap();
+    };
     // One after the other, which is the order in which Tab walks them.
-    m_items = {
-        new PixelCaption(tr("Mossbit"), pixelLabel(15, Palette::accent(ChannelKind::pulse1)), this),
-        makePlayback(),
-        divider(),
-        makeTempo(),
-        divider(),
-        makeLoop(),
-        divider(),
-        makeBars(),
-        divider(),
-        makeGrid(),
-        makeZoom()};
+    row->addWidget(new PixelCaption(tr("Mossbit"),
+                                    pixelLabel(15, Palette::accent(ChannelKind::pulse1)), this));
+    addGap();
+    row->addLayout(makePlayback());
+    addDivider();
+    row->addWidget(makeTempo());
+    addDivider();
+    row->addWidget(makeLoop());
+    addDivider();
+    row->addLayout(makeBars());
+    addDivider();
+    row->addLayout(makeGrid());
+    addGap();
+    row->addItem(new QSpacerItem(narrowestFlexibleGap, 0, QSizePolicy::MinimumExpanding));
+    addGap();
+    row->addLayout(makeZoom());
 
     connect(&vm, &ProjectViewModel::projectChanged, this, &TransportView::showProject);
     connect(&vm, &ProjectViewModel::isPlayingChanged, this,
-            [this] { m_play->setActive(m_vm.isPlaying()); });
+            [this] { m_play->setChecked(m_vm.isPlaying()); });
     showProject();
-    m_play->setActive(vm.isPlaying());
+    m_play->setChecked(vm.isPlaying());
 }
 
-QWidget* TransportView::makePlayback() {
-    auto* row = new PixelRow(buttonSpacing, this);
-    m_play = row->addButton(
-        {.accent = Palette::accent(ChannelKind::pulse1), .padding = 10, .icon = &PixelGlyph::play},
-        tr("Play"));
+QLayout* TransportView::makePlayback() {
+    m_play = new PlayButton({.kind = PixelButton::Kind::toggle,
+                             .accent = Palette::accent(ChannelKind::pulse1),
+                             .padding = 10,
+                             .icon = &PixelGlyph::play},
+                            this);
+    m_play->setAccessibleName(tr("Play"));
     m_play->setToolTip(tr("Play (Space)"));
     connect(m_play, &QAbstractButton::clicked, this, [this] { m_vm.play(); });
-    auto* stop = row->addButton({.padding = 10, .icon = &PixelGlyph::stop}, tr("Stop"));
-    stop->setToolTip(tr("Stop (Space)"));
+    connect(m_play, &QAbstractButton::toggled, this, [this](bool on) {
+        if (on == m_vm.isPlaying())
+            return;
+        on ? m_vm.play() : m_vm.stop();
+        // Without a sound device nothing is played.
+        m_play->setChecked(m_vm.isPlaying());
+    });
+    auto* stop = makeButton({.padding = 10, .icon = &PixelGlyph::stop}, tr("Stop"),
+                            tr("Stop (Space)"), this);
     connect(stop, &QAbstractButton::clicked, this, [this] { m_vm.stop(); });
-    return row;
+    return new PixelRow(buttonSpacing, {m_play, stop});
 }
 
 QWidget* TransportView::makeTempo() {
@@ -71,84 +118,55 @@ QWidget* TransportView::makeTempo() {
 }
 
 QWidget* TransportView::makeLoop() {
-    m_loop = new PixelButton({.kind = FlatButton::Kind::toggle,
-                              .accent = Palette::accent(ChannelKind::wave),
-                              .padding = 8,
-                              .icon = &PixelGlyph::loop,
-                              .text = tr("Loop"),
-                              .idleColor = Palette::textDim},
-                             this);
-    m_loop->setToolTip(tr("Loop the pattern (⌘L)"));
-    connect(m_loop, &QAbstractButton::clicked, this, [this] { m_vm.toggleLoop(); });
+    m_loop = makeButton({.kind = PixelButton::Kind::toggle,
+                         .accent = Palette::accent(ChannelKind::wave),
+                         .padding = 8,
+                         .icon = &PixelGlyph::loop,
+                         .idleColor = Palette::textDim},
+                        tr("Loop"), tr("Loop the pattern (⌘L)"), this);
+    m_loop->setText(tr("Loop"));
+    connect(m_loop, &QAbstractButton::toggled, this, [this](bool on) {
+        if (on != m_vm.project().loop)
+            m_vm.toggleLoop();
+    });
     return m_loop;
 }
 
-QWidget* TransportView::makeBars() {
-    const auto choices = PixelSegments<std::int64_t>::choices(
-        allBarCounts, [](std::int64_t count) { return QString::number(count); });
-    auto* row = new PixelRow(captionSpacing, this);
-    m_bars =
-        row->addSegments<std::int64_t>(tr("Bars"), choices, Palette::accent(ChannelKind::pulse2),
-                                       [this](std::int64_t bars) { m_vm.setBars(bars); });
+QLayout* TransportView::makeBars() {
+    auto* caption = makeCaption(tr("Bars"), this);
+    m_bars = new PixelSegments<std::int64_t>(
+        tr("Bars"), allBarCounts, [](std::int64_t count) { return QString::number(count); },
+        Palette::accent(ChannelKind::pulse2), [this](std::int64_t bars) { m_vm.setBars(bars); },
+        this);
     m_bars->setToolTip(tr("Length of the song in bars"));
-    return row;
+    return new PixelRow(captionSpacing, {caption, m_bars});
 }
 
-QWidget* TransportView::makeGrid() {
-    const auto choices = PixelSegments<GridDivision>::choices(
-        allGridDivisions, [](GridDivision grid) { return title(grid); });
-    auto* row = new PixelRow(captionSpacing, this);
-    m_grid =
-        row->addSegments<GridDivision>(tr("Grid"), choices, Palette::accent(ChannelKind::noise),
-                                       [this](GridDivision grid) { m_vm.setGrid(grid); });
+QLayout* TransportView::makeGrid() {
+    auto* caption = makeCaption(tr("Grid"), this);
+    m_grid = new PixelSegments<GridDivision>(
+        tr("Grid"), allGridDivisions, [](GridDivision grid) { return title(grid); },
+        Palette::accent(ChannelKind::noise), [this](GridDivision grid) { m_vm.setGrid(grid); },
+        this);
     m_grid->setToolTip(tr("Steps in which notes are drawn, moved and resized"));
-    return row;
+    return new PixelRow(captionSpacing, {caption, m_grid});
 }
 
-QWidget* TransportView::makeZoom() {
-    auto* row = new PixelRow(buttonSpacing, this);
-    row->addCaption(tr("Zoom"));
-    auto* out = row->addButton({.icon = &PixelGlyph::minus}, tr("Zoom out"));
-    auto* in = row->addButton({.icon = &PixelGlyph::plus}, tr("Zoom in"));
+QLayout* TransportView::makeZoom() {
+    auto* caption = makeCaption(tr("Zoom"), this);
+    auto* out = makeButton({.icon = &PixelGlyph::minus}, tr("Zoom out"), tr("Zoom out"), this);
+    auto* in = makeButton({.icon = &PixelGlyph::plus}, tr("Zoom in"), tr("Zoom in"), this);
     connect(out, &QAbstractButton::clicked, this,
             [this] { Q_EMIT zoomRequested(std::max(m_zoom - zoomStep, lowestZoom)); });
     connect(in, &QAbstractButton::clicked, this,
             [this] { Q_EMIT zoomRequested(std::min(m_zoom + zoomStep, highestZoom)); });
-    return row;
+    return new PixelRow(buttonSpacing, {caption, out, in});
 }
 
 void TransportView::showProject() {
-    m_loop->setActive(m_vm.project().loop);
+    m_loop->setChecked(m_vm.project().loop);
     m_bars->setSelection(m_vm.project().bars);
     m_grid->setSelection(m_vm.project().grid);
-}
-
-QSize TransportView::sizeHint() const {
-    double width = 2 * endPadding + narrowestFlexibleGap;
-    for (const QWidget* item : m_items)
-        width += item->sizeHint().width() + widestGap;
-    return {static_cast<int>(width), barHeight};
-}
-
-void TransportView::resizeEvent(QResizeEvent*) {
-    // One gap between neighbours, the flexible one counting as an item of its own.
-    const auto gaps = static_cast<double>(m_items.size());
-    const double missing = std::max(sizeHint().width() - width(), 0);
-    const double gap = std::max(widestGap - missing / gaps, 0.0);
-    double x = endPadding;
-    for (QWidget* item : m_items) {
-        const QSize size = item->sizeHint();
-        if (item == m_items.back())
-            x = width() - endPadding - size.width();
-        item->setGeometry(QRect(QPoint(qRound(x), (barHeight - size.height()) / 2), size));
-        x += size.width() + gap;
-    }
-}
-
-void TransportView::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    PixelPainter pixels(painter);
-    pixels.fill(rect(), Palette::panel);
 }
 
 } // namespace mossbit

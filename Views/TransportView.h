@@ -1,11 +1,16 @@
 #pragma once
 
-#include "UI/PixelSegments.h"
 #include "ViewModels/ProjectViewModel.h"
+
+#include <QWidget>
+
+class QLayout;
 
 namespace mossbit {
 
-class TempoControl;
+class PixelButton;
+template <typename Option>
+class PixelSegments;
 
 /// The strip along the top: playback, tempo, loop, length, grid and zoom.
 class TransportView : public QWidget {
@@ -20,24 +25,18 @@ public:
 
     void setZoom(double zoom) { m_zoom = zoom; }
 
-    QSize sizeHint() const override;
-
 Q_SIGNALS:
     void zoomRequested(double zoom);
     /// The tempo field has closed and has given the keyboard away.
     void keyboardReleased();
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
-    QWidget* makePlayback();
+    QLayout* makePlayback();
     QWidget* makeTempo();
     QWidget* makeLoop();
-    QWidget* makeBars();
-    QWidget* makeGrid();
-    QWidget* makeZoom();
+    QLayout* makeBars();
+    QLayout* makeGrid();
+    QLayout* makeZoom();
     void showProject();
 
     ProjectViewModel& m_vm;
@@ -46,8 +45,6 @@ private:
     PixelButton* m_loop = nullptr;
     PixelSegments<std::int64_t>* m_bars = nullptr;
     PixelSegments<GridDivision>* m_grid = nullptr;
-    /// From the left; a flexible gap lies before the last one.
-    std::vector<QWidget*> m_items;
 };
 
 } // namespace mossbit

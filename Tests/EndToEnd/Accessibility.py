@@ -10,10 +10,10 @@ sys.stderr = sys.stdout  # Which the test reads.
 
 CHANNELS = ["PULSE 1", "PULSE 2", "WAVE", "NOISE"]
 CONTROLS = {
-    "push button": ["Play", "Stop", "Decrease tempo", "Tempo 120", "Increase tempo", "Zoom out",
+    "push button": ["Stop", "Decrease tempo", "Tempo 120", "Increase tempo", "Zoom out",
                     "Zoom in"],
     "text": ["Tempo in beats per minute"],
-    "check box": ["Loop"] + [f"{channel} mute" for channel in CHANNELS],
+    "check box": ["Play", "Loop"] + [f"{channel} mute" for channel in CHANNELS],
     "radio button": [f"Bars {count}" for count in (1, 2, 4, 8, 16)]
                     + [f"Grid {grid}" for grid in ("1/4", "1/8", "1/16")] + CHANNELS
                     + [f"Duty {duty}" for duty in ("12.5%", "25%", "50%", "75%")]
@@ -113,11 +113,11 @@ def check(window):
     becomes(c4, pyatspi.STATE_SELECTED)
     becomes(csharp5, pyatspi.STATE_SELECTED, False)
 
-    play = named["push button", "Play"]
+    play = named["check box", "Play"]
     act(play)
-    becomes(play, pyatspi.STATE_PRESSED)
+    becomes(play, pyatspi.STATE_CHECKED)
     act(named["push button", "Stop"])
-    becomes(play, pyatspi.STATE_PRESSED, False)
+    becomes(play, pyatspi.STATE_CHECKED, False)
 
     act(named["radio button", "NOISE"])
     until("the drums are shown",

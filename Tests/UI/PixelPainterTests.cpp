@@ -2,13 +2,14 @@
 
 #include "Tests/Support/WidgetProbes.h"
 #include "UI/PixelIcon.h"
-#include "UI/VolumeBar.h"
 
 #include <QImage>
+#include <QMenu>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <functional>
+#include <set>
 
 namespace mossbit {
 namespace {
@@ -66,17 +67,26 @@ TEST(PixelPainter, DrawsIconsCellByCell) {
         EXPECT_EQ(litInRow(image, 8 + 4 * row + 1), 4 * (4 - std::abs(3 - row))) << row;
 }
 
-TEST(VolumeBar, LightsCellsFromTheLeft) {
-    VolumeBar bar(Qt::white, 15, [](int) {});
-    bar.resize(164, 10);
-    for (const double ratio : {1.0, 1.25, 2.0})
-        for (const int value : {0, 4, 15}) {
-            bar.setValue(value);
-            const QImage image = render(bar, ratio);
-            for (int cell = 0; cell < 15; ++cell)
-                EXPECT_EQ(colorAt(image, {cell * 11 + 5.0, 5}),
-                          cell < value ? QColor(Qt::white) : QColor(Palette::line));
-        }
+TEST(PixelStyle, PaintsMenuItems) {
+    applyTheme(*qApp);
+    QMenu menu;
+    QAction* const open = menu.addAction("Open");
+    QAction* const missing = menu.addAction("Missing");
+    missing->setEnabled(false);
+    menu.resize(menu.sizeHint());
+    const auto colors = [&](const QAction* item) {
+        const QImage image = render(menu, 3);
+        std::set<QRgb> found;
+        const QRect place = menu.actionGeometry(const_cast<QAction*>(item));
+        for (int y = 3 * place.top(); y <= 3 * place.bottom(); ++y)
+            for (int x = 3 * place.left(); x <= 3 * place.right(); ++x)
+                found.insert(image.pixel(x, y));
+        return found;
+    };
+    EXPECT_TRUE(colors(open).contains(QColor(Palette::text).rgb()));
+    EXPECT_TRUE(colors(missing).contains(QColor(Palette::textDim).rgb()));
+    menu.setActiveAction(open);
+    EXPECT_TRUE(colors(open).contains(menu.palette().color(QPalette::Highlight).rgb()));
 }
 
 } // namespace

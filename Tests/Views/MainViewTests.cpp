@@ -1,7 +1,7 @@
 #include "Tests/Support/WindowHarness.h"
-#include "UI/FlatButton.h"
-#include "UI/VolumeBar.h"
 
+#include <QAccessible>
+#include <QLabel>
 #include <QMessageBox>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -35,15 +35,42 @@ TEST(MainView, ShowsMessagesAfterTheCommandThatFailed) {
     EXPECT_FALSE(window.vm->alertMessage());
 }
 
+/// What is there to be pressed.
+std::vector<QWidget*> shownControls(const WindowHarness& window) {
+    std::vector<QWidget*> controls;
+    for (QWidget* widget : window.view.findChildren<QWidget*>())
+        if (widget->isVisible() && !qobject_cast<QScrollBar*>(widget) &&
+            (qobject_cast<QAbstractButton*>(widget) || qobject_cast<QAbstractSlider*>(widget)))
+            controls.push_back(widget);
+    return controls;
+}
+
 TEST(MainView, LeavesTheKeyboardToTheGridWhenControlsAreClicked) {
     WindowHarness window;
     ASSERT_TRUE(window.roll().hasFocus());
-    for (QWidget* control : window.view.findChildren<QWidget*>())
-        if ((qobject_cast<FlatButton*>(control) || qobject_cast<VolumeBar*>(control)) &&
-            control->isVisible() && !control->accessibleName().startsWith("Tempo")) {
+    for (QWidget* control : shownControls(window))
+        if (!control->accessibleName().startsWith("Tempo")) {
             QTest::mouseClick(control, Qt::LeftButton);
             EXPECT_TRUE(window.roll().hasFocus()) << control->accessibleName().toStdString();
         }
+}
+
+TEST(MainView, KeepsEveryControlInsideItsRowAtItsSmallest) {
+    WindowHarness window({}, MainView::minimumExtent);
+    std::vector<QWidget*> widgets = shownControls(window);
+    for (QLabel* caption : window.view.findChildren<QLabel*>())
+        if (caption->isVisible())
+            widgets.push_back(caption);
+    for (const QWidget* widget : widgets) {
+        EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()));
+        EXPECT_GE(widget->width(), widget->minimumSizeHint().width());
+        for (const QWidget* other : widgets)
+            if (other != widget && other->parent() == widget->parent()) {
+                const QRect shared = widget->geometry().intersected(other->geometry());
+                EXPECT_LE(shared.width(), 1) << widget->accessibleName().toStdString() << " and "
+                                             << other->accessibleName().toStdString();
+            }
+    }
 }
 
 /// What a widget's tooltip says; it shows its parent's if it has none.
@@ -53,34 +80,81 @@ QString toolTip(const QWidget* widget) {
     return widget->toolTip();
 }
 
-TEST(MainView, WalksItsControlsInReadingOrderAndExplainsThem) {
+TEST(MainView, HasOneTabStopForAGroupAndExplainsEveryControl) {
     WindowHarness window;
     QStringList names;
     do {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        const QWidget* control = QApplication::focusWidget();
-        names.push_back(control->accessibleName());
-        EXPECT_EQ(toolTip(control).isEmpty(), control == &window.roll())
-            << names.back().toStdString();
+        names.push_back(QApplication::focusWidget()->accessibleName());
     } while (names.back() != "Piano roll" && names.size() < 60);
     EXPECT_EQ(names.join(", ").toStdString(),
-              "PULSE 1, PULSE 1 mute, PULSE 1 volume, PULSE 2, PULSE 2 mute, PULSE 2 volume, "
-              "WAVE, WAVE mute, WAVE volume, NOISE, NOISE mute, NOISE volume, "
-              "Duty 12.5%, Duty 25%, Duty 50%, Duty 75%, Play, Stop, "
-              "Decrease tempo, Tempo 120, Increase tempo, Loop, "
-              "Bars 1, Bars 2, Bars 4, Bars 8, Bars 16, Grid 1/4, Grid 1/8, Grid 1/16, "
+              "PULSE 1, PULSE 1 mute, PULSE 1 volume, PULSE 2 mute, PULSE 2 volume, "
+              "WAVE mute, WAVE volume, NOISE mute, NOISE volume, Duty 50%, Play, Stop, "
+              "Decrease tempo, Tempo 120, Increase tempo, Loop, Bars 4, Grid 1/16, "
               "Zoom out, Zoom in, Piano roll");
+    for (const QWidget* control : shownControls(window))
+        EXPECT_FALSE(toolTip(control).isEmpty()) << control->accessibleName().toStdString();
 }
 
 TEST(MainView, MarksTheKeyboardFocusAndTakesKeys) {
     WindowHarness window;
-    auto& loop = window.control("Loop");
-    loop.setFocus(Qt::TabFocusReason);
-    EXPECT_EQ(colorAt(render(loop, 1), {0, 12}), Palette::text);
-    QTest::keyClick(&loop, Qt::Key_Return);
+    const auto expectMark = [&](const char* name) {
+        const QWidget& control = window.control<QWidget>(name);
+        EXPECT_TRUE(control.hasFocus()) << name;
+        const QRect rect(control.mapTo(&window.view, QPoint()), control.size());
+        const QImage image = render(window.view, 1);
+        for (const QPoint& edge :
+             {QPoint(rect.left(), rect.center().y()), QPoint(rect.right(), rect.center().y()),
+              QPoint(rect.center().x(), rect.top()), QPoint(rect.center().x(), rect.bottom())})
+            EXPECT_EQ(colorAt(image, edge), Palette::text) << name;
+    };
+    const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
+    window.control("Loop").setFocus(Qt::TabFocusReason);
+    expectMark("Loop");
+    press(Qt::Key_Return);
     EXPECT_FALSE(window.vm->project().loop);
-    QTest::keyClick(&window.control<VolumeBar>("WAVE volume"), Qt::Key_Left);
+    press(Qt::Key_Tab);
+    for (const int bars : {8, 16, 8, 4, 2, 1}) {
+        press(bars > window.vm->project().bars ? Qt::Key_Right : Qt::Key_Left);
+        EXPECT_EQ(window.vm->project().bars, bars);
+        expectMark(("Bars " + std::to_string(bars)).c_str());
+    }
+    press(Qt::Key_Tab);
+    expectMark("Grid 1/16");
+    window.control("PULSE 1").setFocus();
+    press(Qt::Key_Right);
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 1);
+    expectMark("PULSE 2");
+    window.control<QWidget>("WAVE volume").setFocus();
+    press(Qt::Key_Left);
     EXPECT_EQ(window.vm->project().channels[2].volume, 10);
+    expectMark("WAVE volume");
+}
+
+TEST(MainView, LetsAssistiveToolsUseItsControls) {
+    WindowHarness window;
+    const auto act = [&](const char* name, QAccessible::Role role) {
+        auto* control = QAccessible::queryAccessibleInterface(&window.control(name));
+        EXPECT_EQ(control->role(), role) << name;
+        control->actionInterface()->doAction(control->actionInterface()->actionNames().first());
+        return control->state().checked == 1;
+    };
+    EXPECT_FALSE(act("Loop", QAccessible::CheckBox));
+    EXPECT_FALSE(window.vm->project().loop);
+    EXPECT_TRUE(act("WAVE mute", QAccessible::CheckBox));
+    EXPECT_TRUE(window.vm->project().channels[2].muted);
+    EXPECT_TRUE(act("WAVE", QAccessible::RadioButton));
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
+    EXPECT_TRUE(act("Grid 1/4", QAccessible::RadioButton));
+    EXPECT_EQ(window.vm->project().grid, GridDivision::quarter);
+    for (const bool plays : {true, false}) {
+        EXPECT_EQ(act("Play", QAccessible::CheckBox), plays);
+        EXPECT_EQ(window.vm->isPlaying(), plays);
+    }
+    auto* volume = QAccessible::queryAccessibleInterface(&window.control<QWidget>("WAVE volume"));
+    EXPECT_EQ(volume->role(), QAccessible::Slider);
+    volume->valueInterface()->setCurrentValue(5);
+    EXPECT_EQ(window.vm->project().channels[2].volume, 5);
 }
 
 } // namespace

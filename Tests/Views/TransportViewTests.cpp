@@ -30,13 +30,13 @@ TEST(TempoField, TakesWholeNumbersAndIgnoresTheRest) {
     }
 }
 
-TEST(TempoField, CommitsWhenWhoBorrowedTheKeyboardPassesItOn) {
+TEST(TempoField, CommitsWhenAMenuPassesTheFocusOn) {
     WindowHarness window;
     TempoField& field = typeTempo(window, "150");
     for (const Qt::FocusReason reason :
          {Qt::PopupFocusReason, Qt::MenuBarFocusReason, Qt::ActiveWindowFocusReason}) {
-        QFocusEvent lent(QEvent::FocusOut, reason);
-        QApplication::sendEvent(&field, &lent);
+        QFocusEvent focusOut(QEvent::FocusOut, reason);
+        QApplication::sendEvent(&field, &focusOut);
         EXPECT_TRUE(field.isVisible()) << reason;
     }
     QMenuBar menuBar(&window.view);
@@ -104,7 +104,9 @@ TEST(TransportView, DrivesTheModelAndShowsIt) {
     WindowHarness window;
     for (const char* name : {"Play", "Decrease tempo", "Loop", "Bars 16", "Grid 1/8"})
         window.control(name).click();
-    EXPECT_TRUE(window.vm->isPlaying());
+    EXPECT_TRUE(window.control("Play").isChecked());
+    window.control("Play").click();
+    EXPECT_TRUE(window.vm->isPlaying()) << "a click starts anew";
     EXPECT_EQ(window.vm->project(),
               (Project{.tempo = 119, .bars = 16, .grid = GridDivision::eighth, .loop = false}));
     EXPECT_TRUE(window.control("Bars 16").isChecked());
@@ -115,19 +117,18 @@ TEST(TransportView, DrivesTheModelAndShowsIt) {
     }
 }
 
-TEST(TransportView, ShowsWhereTheKeyboardIs) {
+TEST(TransportView, ShowsWhatThePointerIsOver) {
     WindowHarness window;
-    for (const char* name : {"Bars 1", "Bars 2", "Bars 4", "Bars 8", "Bars 16"}) {
-        QWidget& segment = window.control(name);
-        segment.setFocus(Qt::TabFocusReason);
-        const QRect rect(segment.mapTo(&window.view, QPoint()), segment.size());
-        const QImage image = render(window.view, 1);
-        const QPoint middle = rect.center();
-        for (const QPoint& edge : {QPoint(rect.left(), middle.y()),
-                                   {rect.right(), middle.y()},
-                                   {middle.x(), rect.top()},
-                                   {middle.x(), rect.bottom()}})
-            EXPECT_EQ(colorAt(image, edge), Palette::text) << name;
+    for (const char* name : {"Stop", "Bars 1", "Zoom in"}) {
+        QWidget& button = window.control(name);
+        const auto face = [&] {
+            QTest::qWait(0);
+            return colorAt(render(window.view, 1), button.mapTo(&window.view, QPoint(3, 3)));
+        };
+        EXPECT_EQ(face(), Palette::panel) << name;
+        QTest::mouseMove(&button, {3, 3});
+        EXPECT_EQ(face(), Palette::line) << name;
+        QTest::mouseMove(&window.roll());
     }
 }
 
