@@ -37,10 +37,10 @@ void acceptAsCopy(QDropEvent& event) {
 /// wants it in front, so this request is one on the user's behalf, as a task bar makes it.
 void activateLikeATaskBar([[maybe_unused]] const QWidget& window) {
 #if QT_CONFIG(xcb)
-    const auto* const x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr)
+    if (QApplication::platformName() != QLatin1String("xcb"))
         return;
-    xcb_connection_t* const server = x11->connection();
+    xcb_connection_t* const server =
+        qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
     constexpr std::string_view name = "_NET_ACTIVE_WINDOW";
     const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> type(
         xcb_intern_atom_reply(server, xcb_intern_atom(server, 0, name.size(), name.data()),
