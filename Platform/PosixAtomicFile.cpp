@@ -2,12 +2,10 @@
 
 #include "Platform/Descriptor.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <random>
@@ -15,6 +13,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #ifdef __APPLE__
@@ -28,10 +27,6 @@ namespace mossbit {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::string_view temporaryPrefix = ".mossbit-";
-constexpr std::string_view temporarySuffix = ".tmp";
-constexpr std::size_t temporaryDigits = 16;
 
 [[noreturn]] void fail(int error, const fs::path& path) {
     throw std::system_error(error, std::generic_category(), path.string());
@@ -49,28 +44,16 @@ auto uninterrupted(Call call) {
 /// Not made from the target's name, which may already be as long as names can be.
 std::string temporaryName() {
     std::random_device random;
-    const std::uint64_t number = std::uint64_t{random()} << 32 | random();
-    std::array<char, temporaryDigits + 1> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(number));
-    return std::string(temporaryPrefix).append(digits.data()).append(temporarySuffix);
-}
-
-bool isTemporaryName(std::string_view name) {
-    if (name.size() != temporaryPrefix.size() + temporaryDigits + temporarySuffix.size() ||
-        !name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix))
-        return false;
-    const std::string_view digits = name.substr(temporaryPrefix.size(), temporaryDigits);
-    return digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), ".mossbit-%08x%08x.tmp", random(), random());
+    return name.data();
 }
 
 /// The file that a symbolic link points at in the end, existing or not.
 fs::path linkTarget(fs::path path) {
-    constexpr int mostLinks = 40;
-    for (int links = 0; fs::is_symlink(path); ++links) {
-        if (links == mostLinks)
-            fail(ELOOP, path);
+    static_cast<void>(fs::status(path)); // Throws where links go in a circle.
+    while (fs::is_symlink(path))
         path = path.parent_path() / fs::read_symlink(path);
-    }
     return path;
 }
 
@@ -103,7 +86,8 @@ void removeLeftovers(const fs::path& newFile) noexcept {
         const fs::file_time_type anHourAgo = fs::last_write_time(newFile) - std::chrono::hours(1);
         for (const fs::directory_entry& entry : fs::directory_iterator(folderOf(newFile))) {
             std::error_code ignored;
-            if (isTemporaryName(entry.path().filename().string()) &&
+            if (::fnmatch(".mossbit-????????????????.tmp", entry.path().filename().c_str(), 0) ==
+                    0 &&
                 entry.last_write_time(ignored) < anHourAgo && !ignored)
                 fs::remove(entry.path(), ignored);
         }
@@ -167,12 +151,9 @@ public:
     }
 
     void write(std::string_view bytes) {
-        // Some systems refuse 2 GiB and more at once.
-        constexpr std::size_t largestPiece = std::size_t{1} << 30;
         while (!bytes.empty()) {
-            const std::size_t size = std::min(bytes.size(), largestPiece);
-            const ssize_t count =
-                uninterrupted([&] { return m_calls.write(m_file.number(), bytes.data(), size); });
+            const ssize_t count = uninterrupted(
+                [&] { return m_calls.write(m_file.number(), bytes.data(), bytes.size()); });
             if (count <= 0)
                 fail(count < 0 ? errno : ENOSPC, m_path);
             bytes.remove_prefix(static_cast<std::size_t>(count));
@@ -195,6 +176,14 @@ private:
     fs::path m_path;
     Descriptor m_file;
 };
+
+/// Puts a rename on the disk. That fails only where the disk does, and then it is too late to say
+/// so.
+void syncFolder(const PosixFileCalls& calls, const fs::path& folder) {
+    const Descriptor file(calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
+    if (file)
+        calls.sync(file.number());
+}
 
 int syncToDisk(int descriptor) {
 #ifdef F_FULLFSYNC
@@ -235,20 +224,14 @@ void PosixAtomicFile::write(const fs::path& path,
         temporary.sync();
         temporary.renameTo(target);
     }
-    syncFolder(folderOf(target));
+    syncFolder(m_calls, folderOf(target));
     removeLeftovers(target);
 }
 
 void PosixAtomicFile::move(const fs::path& from, const fs::path& to) {
     if (m_calls.rename(from.c_str(), to.c_str()) != 0)
         fail(errno, from);
-    syncFolder(folderOf(to));
-}
-
-void PosixAtomicFile::syncFolder(const fs::path& folder) const {
-    const Descriptor file(m_calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
-    if (file)
-        m_calls.sync(file.number());
+    syncFolder(m_calls, folderOf(to));
 }
 
 } // namespace mossbit

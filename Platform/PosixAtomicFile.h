@@ -31,8 +31,6 @@ public:
     void move(const std::filesystem::path& from, const std::filesystem::path& to) override;
 
 private:
-    void syncFolder(const std::filesystem::path& folder) const;
-
     PosixFileCalls m_calls;
 };
 
