@@ -15,17 +15,6 @@
 
 namespace mossbit {
 
-ExportError::ExportError(Kind kind, const std::string& message)
-    : std::runtime_error(message), m_kind(kind) {}
-
-ExportError ExportError::writeFailed(const std::string& message) {
-    return {Kind::writeFailed, message};
-}
-
-ExportError ExportError::empty() {
-    return {Kind::empty, "There are no notes to export yet."};
-}
-
 namespace WAVExporter {
 
 namespace {
@@ -90,7 +79,7 @@ std::string wavData(std::span<const float> mono) {
 
 void exportProject(const Project& project, const std::filesystem::path& url, AtomicFile& files) {
     if (!project.hasNotes())
-        throw ExportError::empty();
+        throw ExportError(ExportError::Kind::empty, "There are no notes to export yet.");
     Project onePass = project;
     onePass.loop = false;
     const auto pattern = std::make_shared<const RenderPattern>(onePass);
@@ -113,7 +102,7 @@ void exportProject(const Project& project, const std::filesystem::path& url, Ato
     try {
         files.write(url, putSound);
     } catch (const std::system_error& error) {
-        throw ExportError::writeFailed(description(error));
+        throw ExportError(ExportError::Kind::writeFailed, description(error));
     }
 }
 

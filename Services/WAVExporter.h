@@ -15,14 +15,12 @@ class ExportError : public std::runtime_error {
 public:
     enum class Kind { writeFailed, empty };
 
-    static ExportError writeFailed(const std::string& message);
-    static ExportError empty();
+    ExportError(Kind kind, const std::string& message)
+        : std::runtime_error(message), m_kind(kind) {}
 
     Kind kind() const { return m_kind; }
 
 private:
-    ExportError(Kind kind, const std::string& message);
-
     Kind m_kind;
 };
 

@@ -5,6 +5,7 @@
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -17,10 +18,7 @@ namespace {
 
 /// One line on standard error, whatever line breaks a file name brings along.
 int fail(std::string message) {
-    for (char& c : message) {
-        if (c == '\n' || c == '\r')
-            c = ' ';
-    }
+    std::ranges::replace(message, '\n', ' ');
     std::fprintf(stderr, "mossbit-render: %s\n", message.c_str());
     return EXIT_FAILURE;
 }

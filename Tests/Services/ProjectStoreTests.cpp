@@ -8,6 +8,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace mossbit {
@@ -50,13 +51,21 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
 TEST(ProjectStore, WaitsForAnotherProcessToGiveUpItsLease) {
     const ScratchFolder folder;
     putBytes(folder / "song", "{}");
-    static int leased;
-    leased = ::open((folder / "song").c_str(), O_RDWR);
-    std::signal(SIGIO, [](int) { ::fcntl(leased, F_SETLEASE, F_UNLCK); });
-    ASSERT_EQ(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        const int file = ::open((folder / "song").c_str(), O_RDWR);
+        const bool isHeld = ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
+        static_cast<void>(::write(ready[1], &isHeld, 1) == 1);
+        ::pause(); // Until the system asks for the lease, by a signal that ends the process.
+    }
+    bool isHeld = false;
+    ASSERT_EQ(::read(ready[0], &isHeld, 1), 1);
+    EXPECT_TRUE(isHeld);
     EXPECT_EQ(readingError(folder / "song"), "");
-    std::signal(SIGIO, SIG_DFL);
-    ::close(leased);
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
 }
 #endif
 
