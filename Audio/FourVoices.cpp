@@ -94,12 +94,6 @@ struct Lanes {
     /// Moves on by one group, unless a stage or the sweep would end in it.
     template <bool sweeping>
     bool advance(Group& group);
-
-private:
-    bool sweepsPastEnd(Floats newRate) const {
-        return rateStep[noiseLane] < 0 ? newRate[noiseLane] <= sweepEnd
-                                       : newRate[noiseLane] >= sweepEnd;
-    }
 };
 
 void Lanes::load(int lane, const Voice& voice, const RenderChannel& channel, float sampleRate) {
@@ -158,7 +152,8 @@ inline bool Lanes::advance(Group& group) {
             newRate += rateStep;
             swept = newRate / rateUnit;
         }
-        if (sweepsPastEnd(newRate))
+        // Every drum's sweep falls.
+        if (newRate[noiseLane] <= sweepEnd)
             return false;
         rate = newRate;
     }
@@ -280,7 +275,7 @@ std::size_t mixUndisturbed(std::array<Voice, 4>& voices, const RenderPattern& pa
         const auto index = static_cast<std::size_t>(i);
         lanes.load(i, voices[index], pattern.channels[index], sampleRate);
     }
-    if (any(lanes.increment >= all(1)) || lanes.sweepEnd >= sampleRate)
+    if (any(lanes.increment >= all(1)))
         return 0;
     NoiseRegister noise(voices[noiseLane]);
     const Mixer mixer(pattern.channels, lanes);
@@ -289,8 +284,7 @@ std::size_t mixUndisturbed(std::array<Voice, 4>& voices, const RenderPattern& pa
                                  : renderGroups<false>(lanes, noise, highPass, mixer, into);
     for (int i = 0; i < 4; ++i)
         lanes.store(i, voices[static_cast<std::size_t>(i)]);
-    if (!voices[noiseLane].isIdle())
-        noise.store(voices[noiseLane]);
+    noise.store(voices[noiseLane]);
     return done;
 }
 

@@ -29,6 +29,8 @@ public:
     double sampleRate() override { return rate; }
 
     void setSource(double sampleRate, Source source) override {
+        if (m_source)
+            throw std::logic_error("there is a source already");
         sourceRate = sampleRate;
         m_source = std::move(source);
     }
