@@ -64,7 +64,7 @@ void CallbackWhileEditing(benchmark::State& state) {
     std::vector<double> percent(samplesTaken);
     for (auto _ : state) {
         std::atomic<bool> done = false;
-        const std::jthread audio([&] {
+        std::thread audio([&] {
             std::vector<float> block(blockFrames);
             for (double& share : percent) {
                 const double start = threadSeconds();
@@ -75,6 +75,7 @@ void CallbackWhileEditing(benchmark::State& state) {
         });
         while (!done)
             editor.drag();
+        audio.join();
     }
     reportPercentiles(state, percent, "percent");
     state.counters["edits"] = static_cast<double>(editor.steps);

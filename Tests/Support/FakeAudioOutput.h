@@ -1,11 +1,12 @@
 #pragma once
 
 #include "Platform/AudioOutput.h"
+#include "Tests/Support/RepeatingThread.h"
 
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -42,16 +43,13 @@ public:
             throw std::runtime_error(startError);
         m_running = true;
         if (pullsOnThread)
-            m_thread = std::jthread([this](const std::stop_token& token) {
-                std::vector<float> block(512);
-                while (!token.stop_requested())
-                    m_source(block);
-            });
+            m_thread.emplace(
+                [this, block = std::vector<float>(512)]() mutable { m_source(block); });
     }
 
     void stop() override {
         m_running = false;
-        m_thread = {};
+        m_thread.reset();
     }
 
     /// The device went away while it was running.
@@ -69,7 +67,7 @@ public:
 private:
     Source m_source;
     bool m_running = false;
-    std::jthread m_thread;
+    std::optional<RepeatingThread> m_thread;
 };
 
 } // namespace mossbit

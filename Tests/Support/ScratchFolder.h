@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include <unistd.h>
+
 namespace mossbit {
 
 /// An empty folder for one test, removed with all that is in it at the end.

@@ -12,7 +12,7 @@ struct Document : ViewModelTest {
 
     /// Opens the tune from its file and gives it another tempo.
     fs::path openAndEdit() {
-        const fs::path file = harness.store("song.mossbit", tune);
+        fs::path file = harness.store("song.mossbit", tune);
         model->open(file);
         model->setTempo(91);
         return file;
