@@ -1,17 +1,20 @@
 #include "Models/Uuid.h"
 
 #include <cerrno>
+#include <charconv>
 #include <system_error>
 
 #include <sys/random.h>
 #include <unistd.h>
-#include <uuid/uuid.h>
 
 namespace mossbit {
 
 namespace {
-constexpr std::size_t textLength = 36;
-}
+
+/// An X for each hexadecimal digit.
+constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
+
+} // namespace
 
 Uuid Uuid::random() {
     // The system is asked for sixteen at once, the most that it gives.
@@ -29,21 +32,32 @@ Uuid Uuid::random() {
 }
 
 std::optional<Uuid> Uuid::parse(std::string_view text) {
-    // A fixed buffer: the library reads to the terminating zero, and its length check would let
-    // a text with a zero inside pass as the shorter one.
-    if (text.size() != textLength || text.find('\0') != std::string_view::npos)
+    if (text.size() != form.size())
         return std::nullopt;
-    const std::string terminated(text);
     Uuid uuid;
-    if (uuid_parse(terminated.c_str(), uuid.bytes.data()) != 0)
-        return std::nullopt;
+    std::size_t at = 0;
+    for (std::uint8_t& byte : uuid.bytes) {
+        if (form[at] == '-' && text[at++] != '-')
+            return std::nullopt;
+        const char* const end = text.data() + at + 2;
+        if (std::from_chars(text.data() + at, end, byte, 16).ptr != end)
+            return std::nullopt;
+        at += 2;
+    }
     return uuid;
 }
 
 std::string Uuid::text() const {
-    std::array<char, textLength + 1> buffer{};
-    uuid_unparse_upper(bytes.data(), buffer.data());
-    return {buffer.data(), textLength};
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text(form);
+    std::size_t at = 0;
+    for (const std::uint8_t byte : bytes) {
+        if (form[at] == '-')
+            ++at;
+        text[at++] = digits[byte >> 4];
+        text[at++] = digits[byte & 15];
+    }
+    return text;
 }
 
 } // namespace mossbit
