@@ -5,11 +5,28 @@
 #include <QIcon>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+/// Qt has no other answer to a display that it cannot open than to abort, with several lines about
+/// its plugins.
+void endWithoutADisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg)
+        return;
+    std::fputs("mossbit: No display can be reached\n", stderr);
+    std::_Exit(EXIT_FAILURE);
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     // Standard error may be a pipe that nobody reads any more.
     std::signal(SIGPIPE, SIG_IGN);
+    const QtMessageHandler usualHandler = qInstallMessageHandler(endWithoutADisplay);
     QApplication application(argc, argv);
+    qInstallMessageHandler(usualHandler);
     // No display name: the desktop would append it to the window's title.
     QApplication::setApplicationName(QStringLiteral("Mossbit"));
     QApplication::setApplicationVersion(QStringLiteral(MOSSBIT_VERSION));
