@@ -5,13 +5,13 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # shellcheck disable=SC2034
-buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsdl2-dev libpulse-dev
-    nlohmann-json3-dev fonts-dejavu-core)
+buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libxcb1-dev libsdl2-dev
+    libpulse-dev nlohmann-json3-dev fonts-dejavu-core)
 # shellcheck disable=SC2034
 testPackages=(libgtest-dev libbenchmark-dev clang libclang-rt-dev pulseaudio pulseaudio-utils
     xvfb openbox xdotool x11-utils imagemagick dbus libglib2.0-bin desktop-file-utils
-    at-spi2-core python3-pyatspi gir1.2-atspi-2.0 appstream libxml2-utils lintian
-    shared-mime-info dpkg-dev file man-db g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user)
+    qt6-gtk-platformtheme appstream libxml2-utils lintian shared-mime-info dpkg-dev file man-db
+    g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user)
 
 say() {
     printf '%s\n' "$*"
@@ -30,14 +30,14 @@ otherPackages() {
     case $(uname)$system in
     Darwin*) say "brew install cmake ninja qt sdl2 nlohmann-json; for tests googletest google-benchmark" ;;
     *' fedora '*) say "sudo dnf install gcc-c++ cmake ninja-build pkgconf-pkg-config qt6-qtbase-devel" \
-        "SDL2-devel pulseaudio-libs-devel json-devel dejavu-sans-mono-fonts;" \
+        "libxcb-devel SDL2-devel pulseaudio-libs-devel json-devel dejavu-sans-mono-fonts;" \
         "for tests gtest-devel google-benchmark-devel clang compiler-rt xorg-x11-server-Xvfb" \
-        "openbox xdotool xprop xwininfo ImageMagick dbus-daemon glib2 at-spi2-core" \
-        "python3-pyatspi pulseaudio pulseaudio-utils" ;;
-    *' arch '*) say "sudo pacman -S --needed gcc cmake ninja pkgconf qt6-base sdl2-compat libpulse" \
-        "nlohmann-json ttf-dejavu; for tests gtest benchmark clang compiler-rt" \
-        "xorg-server-xvfb openbox xdotool xorg-xprop xorg-xwininfo imagemagick dbus glib2" \
-        "at-spi2-core python-atspi pulseaudio" ;;
+        "openbox xdotool xprop xwininfo ImageMagick dbus-daemon glib2" \
+        "qt6-qtbase-gui pulseaudio pulseaudio-utils" ;;
+    *' arch '*) say "sudo pacman -S --needed gcc cmake ninja pkgconf qt6-base libxcb sdl2-compat" \
+        "libpulse nlohmann-json ttf-dejavu; for tests gtest benchmark clang compiler-rt" \
+        "xorg-server-xvfb openbox xdotool xorg-xprop xorg-xwininfo imagemagick dbus" \
+        "glib2 gtk3 pulseaudio" ;;
     *) say "what Debian calls ${buildPackages[*]}; for tests ${testPackages[*]}" ;;
     esac
 }
