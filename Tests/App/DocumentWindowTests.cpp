@@ -1,7 +1,9 @@
 #include "App/DocumentWindow.h"
 
+#include "App/FilePaths.h"
 #include "Tests/Support/ViewModelHarness.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
@@ -20,6 +22,19 @@
 
 namespace mossbit {
 namespace {
+
+TEST(HandedOverPath, TakesPathsAndAddressesOfFilesHere) {
+    const std::string folder = std::filesystem::current_path().string() + '/';
+    const std::pair<std::string, std::string> cases[] = {
+        {"a b.mossbit", folder + "a b.mossbit"},
+        {"file:caf%E9.mossbit", folder + "caf\xe9.mossbit"},
+        {"file://localhost/a%20%23.mossbit", "/a #.mossbit"},
+        {"file://elsewhere/a.mossbit", folder + "file://elsewhere/a.mossbit"},
+        {"http://example.org/a.mossbit", folder + "http://example.org/a.mossbit"},
+    };
+    for (const auto& [text, file] : cases)
+        EXPECT_EQ(handedOverPath(std::filesystem::path(text)), file);
+}
 
 struct ShownWindow : ViewModelTest {
     DocumentWindow window{*model};
@@ -127,6 +142,36 @@ TEST_F(MenuBar, AHeldKeyRepeatsOnlyUndoAndRedo) {
     for (const auto& [title, repeats] :
          {std::pair("Undo", true), {"Redo", true}, {"Toggle Loop", false}, {"New", false}})
         EXPECT_EQ(item(title).autoRepeat(), repeats) << title;
+}
+
+TEST_F(MenuBar, LeavesTheKeysOfTextToTheTempoField) {
+    model->addNote(60, 0);
+    const auto typeTempo = [&](const QString& text) {
+        for (auto* button : window.findChildren<QAbstractButton*>())
+            if (button->accessibleName().startsWith("Tempo"))
+                button->click();
+        QCoreApplication::processEvents();
+        QTest::keyClicks(QApplication::focusWidget(), text);
+    };
+    typeTempo("156 ");
+    for (const Qt::Key key : {Qt::Key_Backspace, Qt::Key_Backspace, Qt::Key_Backspace})
+        QTest::keyClick(QApplication::focusWidget(), key);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(model->project().tempo, 40) << "1 is below what there is";
+    typeTempo("1");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), "90");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(model->project().tempo, 120) << "undo is for the song";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(model->project().tempo, 90);
+    EXPECT_FALSE(model->isPlaying());
+    EXPECT_TRUE(model->project().hasNotes());
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_TRUE(model->isPlaying());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
+    EXPECT_FALSE(model->project().hasNotes());
 }
 
 TEST_F(MenuBar, FileItemsReachTheViewModel) {

@@ -120,19 +120,23 @@ TEST(QtDialogs, AsksOnceBeforeAFileIsReplaced) {
     const QString file = folder.filePath("song.mossbit");
     ASSERT_TRUE(QFile(file).open(QFile::WriteOnly));
     for (const char* typed : {"song", "song.mossbit"}) {
-        QtDialogs dialogs;
         type(folder.filePath(typed));
-        whenShown<QMessageBox>([&](QMessageBox& box) {
-            EXPECT_TRUE(box.text().contains("song.mossbit")) << box.text().toStdString();
-            QTest::keyClick(&box, Qt::Key_Escape);
+        whenShown<QMessageBox>([](QMessageBox& box) {
+            EXPECT_TRUE(box.text().contains("“song.mossbit”")) << box.text().toStdString();
             whenShown<QFileDialog>([](QFileDialog& panel) {
                 auto* field = panel.findChild<QLineEdit*>("fileNameEdit");
                 EXPECT_EQ(field->text(), "song.mossbit");
+                whenShown<QMessageBox>([](QMessageBox& again) {
+                    for (QAbstractButton* button : again.buttons())
+                        if (button->text() == "Replace")
+                            button->click();
+                });
                 QTest::keyClick(field, Qt::Key_Return);
             });
-            whenShown<QMessageBox>([](QMessageBox& again) { again.buttons().last()->click(); });
+            QTest::keyClick(&box, Qt::Key_Escape);
         });
-        EXPECT_EQ(dialogs.runSavePanel(FileKind::project, "Untitled.mossbit"), file.toStdString());
+        EXPECT_EQ(QtDialogs().runSavePanel(FileKind::project, "Untitled.mossbit"),
+                  file.toStdString());
     }
 }
 

@@ -92,13 +92,6 @@ void Desktop::run(const std::string& script) {
     Process({"xdotool", m_files / "script"}).wait();
 }
 
-void Desktop::click(Point point, int button) {
-    std::ostringstream script;
-    script << "getactivewindow mousemove --window %1 " << point.x << ' ' << point.y << " click "
-           << button;
-    run(script.str());
-}
-
 void Desktop::drag(Point from, Point to) {
     std::ostringstream script;
     script << "getactivewindow\n";

@@ -38,8 +38,6 @@ public:
     bool waitForTitle(const std::string& title) const;
 
     // Pointer, in the window that has the keyboard.
-    void click(Point point, int button = 1);
-    void secondaryClick(Point point) { click(point, 3); }
     /// Presses at `from`, moves in a few steps, releases at `to`.
     void drag(Point from, Point to);
 

@@ -39,8 +39,6 @@ public:
             throw std::runtime_error("dbus-daemon did not come up");
     }
 
-    void killBus() { m_bus->kill(); }
-
     /// Starts the program, working in here, without waiting.
     static std::unique_ptr<Process> start(const std::vector<std::string>& arguments = {}) {
         std::vector<std::string> command = {MOSSBIT_PROGRAM};
