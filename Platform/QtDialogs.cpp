@@ -95,7 +95,7 @@ std::optional<fs::path> QtDialogs::runSavePanel(FileKind kind, const fs::path& p
     QFileDialog panel(m_window, isProject ? QStringLiteral("Save") : QStringLiteral("Export WAV"));
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
-    panel.setNameFilter(isProject ? QStringLiteral("Mossbit project (*.mossbit)")
+    panel.setNameFilter(isProject ? QStringLiteral("Mossbit song (*.mossbit)")
                                   : QStringLiteral("WAV audio (*.wav)"));
     // A panel would ask about the name as it was typed, without the extension.
     panel.setOption(QFileDialog::DontConfirmOverwrite);
@@ -119,7 +119,7 @@ std::optional<fs::path> QtDialogs::runOpenPanel() {
     QFileDialog panel(m_window, QStringLiteral("Open"));
     panel.setAcceptMode(QFileDialog::AcceptOpen);
     panel.setFileMode(QFileDialog::ExistingFile);
-    panel.setNameFilters({QStringLiteral("Mossbit project or JSON (*.mossbit *.json)"),
+    panel.setNameFilters({QStringLiteral("Mossbit song or JSON (*.mossbit *.json)"),
                           QStringLiteral("All files (*)")});
     panel.setDirectory(folderToShow(m_folder));
     const auto file = run(panel);

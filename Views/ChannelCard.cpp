@@ -57,11 +57,13 @@ ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     setAccessibleName(name);
     const QKeySequence shortcut(QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + index)));
-    setToolTip(tr("Select %1 (%2)").arg(name, shortcut.toString(QKeySequence::NativeText)));
+    m_toolTip = tr("Select %1 (%2)").arg(name, shortcut.toString(QKeySequence::NativeText));
+    setToolTip(m_toolTip);
     m_volume->setToolTip(tr("Volume"));
     m_mute->setAccessibleName(name + QStringLiteral(" mute"));
     m_volume->setAccessibleName(name + QStringLiteral(" volume"));
     connect(this, &QAbstractButton::toggled, this, [this](bool on) {
+        setToolTip(on ? QString() : m_toolTip);
         if (on)
             m_vm.setSelectedChannelIndex(m_index);
     });

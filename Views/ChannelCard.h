@@ -28,6 +28,8 @@ private:
     ProjectViewModel& m_vm;
     const int m_index;
     const ChannelKind m_kind;
+    /// While it is not selected.
+    QString m_toolTip;
     PixelButton* m_mute;
     VolumeBar* m_volume;
 };

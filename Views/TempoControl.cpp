@@ -1,6 +1,5 @@
 #include "Views/TempoControl.h"
 
-#include "UI/KeyboardFocus.h"
 #include "UI/PixelButton.h"
 #include "UI/PixelCaption.h"
 #include "UI/PixelIcon.h"
@@ -112,12 +111,6 @@ void TempoField::contextMenuEvent(QContextMenuEvent* event) {
     menu->popup(event->globalPos());
 }
 
-void TempoField::focusOutEvent(QFocusEvent* event) {
-    QLineEdit::focusOutEvent(event);
-    if (!isFocusComingBack(event->reason()))
-        Q_EMIT left();
-}
-
 void TempoField::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape)
         Q_EMIT cancelled();
@@ -150,11 +143,10 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     connect(faster, &QAbstractButton::clicked, this,
             [this] { m_vm.setTempo(m_vm.project().tempo + 1); });
     connect(m_number, &QAbstractButton::clicked, this, &TempoControl::beginEditing);
-    connect(m_field, &TempoField::left, this, &TempoControl::commitTempo);
     connect(m_field, &QLineEdit::returnPressed, this, &TempoControl::commitTempo);
     connect(m_field, &TempoField::cancelled, this, &TempoControl::close);
     connect(qApp, &QApplication::focusChanged, this,
-            [this](QWidget*, QWidget* now) { commitIfLeftTo(now); });
+            [this](QWidget*, QWidget* now) { followFocus(now); });
     connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
     connect(&vm, &ProjectViewModel::typedTextNeeded, this, &TempoControl::commitTempo);
     // What was typed was meant for the song that is gone.
@@ -188,10 +180,11 @@ void TempoControl::beginEditing() {
     if (m_editingTempo)
         return;
     fillField();
+    m_openedByKeyboard = m_number->hasFocus();
     m_field->show();
     m_field->setFocus(Qt::OtherFocusReason);
     m_number->hide();
-    // Only now: what happened to the keyboard on the way here is no reason to commit.
+    // Only now: the change of focus on the way here must not commit.
     m_editingTempo = true;
     m_vm.setEditingText(true);
 }
@@ -204,9 +197,9 @@ void TempoControl::commitTempo() {
     close();
 }
 
-/// A menu may pass the focus on to another widget instead of giving it back, and the field gets no
-/// event of that.
-void TempoControl::commitIfLeftTo(const QWidget* widget) {
+/// Commits once the focus is elsewhere in the window. An open menu, a dialog or another program has
+/// it only for a while.
+void TempoControl::followFocus(const QWidget* widget) {
     if (widget && widget != m_field && widget->window() == window() &&
         !qobject_cast<const QMenuBar*>(widget))
         commitTempo();
@@ -215,7 +208,7 @@ void TempoControl::commitIfLeftTo(const QWidget* widget) {
 void TempoControl::close() {
     if (!m_editingTempo)
         return;
-    // First: giving the focus away below tells of leaving the field once more.
+    // First: giving the focus away below must not commit once more.
     m_editingTempo = false;
     // Not `hasFocus`: the window may be inactive, behind a dialog.
     const bool hadFocus = window()->focusWidget() == m_field;
@@ -223,7 +216,9 @@ void TempoControl::close() {
     m_field->hide();
     m_number->show();
     m_vm.setEditingText(false);
-    if (hadFocus)
+    if (hadFocus && m_openedByKeyboard)
+        m_number->setFocus(Qt::TabFocusReason);
+    else if (hadFocus)
         Q_EMIT keyboardReleased();
 }
 

@@ -8,8 +8,7 @@ namespace mossbit {
 
 class PixelButton;
 
-/// The entry field for a tempo. It leaves the menus their keys, and does not take an open menu or
-/// an inactive window for the end of the entry.
+/// The entry field for a tempo, which leaves the menus their keys.
 class TempoField : public QLineEdit {
     Q_OBJECT
 
@@ -17,13 +16,11 @@ public:
     explicit TempoField(QWidget* parent = nullptr);
 
 Q_SIGNALS:
-    void left();
     void cancelled();
 
 protected:
     bool event(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 };
@@ -38,7 +35,7 @@ public:
     ~TempoControl() override;
 
 Q_SIGNALS:
-    /// The field has closed and has given the keyboard away.
+    /// The field has closed, and nothing here wants the keyboard focus.
     void keyboardReleased();
 
 private:
@@ -46,11 +43,12 @@ private:
     void fillField();
     void beginEditing();
     void commitTempo();
-    void commitIfLeftTo(const QWidget* widget);
+    void followFocus(const QWidget* widget);
     void close();
 
     ProjectViewModel& m_vm;
     bool m_editingTempo = false;
+    bool m_openedByKeyboard = false;
     std::int64_t m_tempo = 0;
     PixelButton* m_number = nullptr;
     TempoField* m_field = nullptr;

@@ -8,6 +8,8 @@
 #include "Views/DisplayNames.h"
 #include "Views/TempoControl.h"
 
+#include <QKeySequence>
+
 #include <algorithm>
 
 namespace mossbit {
@@ -118,12 +120,16 @@ QWidget* TransportView::makeTempo() {
 }
 
 QWidget* TransportView::makeLoop() {
-    m_loop = makeButton({.kind = PixelButton::Kind::toggle,
-                         .accent = Palette::accent(ChannelKind::wave),
-                         .padding = 8,
-                         .icon = &PixelGlyph::loop,
-                         .idleColor = Palette::textDim},
-                        tr("Loop"), tr("Loop the pattern (⌘L)"), this);
+    m_loop =
+        makeButton({.kind = PixelButton::Kind::toggle,
+                    .accent = Palette::accent(ChannelKind::wave),
+                    .padding = 8,
+                    .icon = &PixelGlyph::loop,
+                    .idleColor = Palette::textDim},
+                   tr("Loop"),
+                   tr("Loop the pattern (%1)")
+                       .arg(QKeySequence(Qt::CTRL | Qt::Key_L).toString(QKeySequence::NativeText)),
+                   this);
     m_loop->setText(tr("Loop"));
     connect(m_loop, &QAbstractButton::toggled, this, [this](bool on) {
         if (on != m_vm.project().loop)

@@ -93,7 +93,8 @@ TEST(MainView, HasOneTabStopForAGroupAndExplainsEveryControl) {
               "Decrease tempo, Tempo 120, Increase tempo, Loop, Bars 4, Grid 1/16, "
               "Zoom out, Zoom in, Piano roll");
     for (const QWidget* control : shownControls(window))
-        EXPECT_FALSE(toolTip(control).isEmpty()) << control->accessibleName().toStdString();
+        EXPECT_EQ(toolTip(control).isEmpty(), control->accessibleName() == "PULSE 1")
+            << "only on what a click changes: " << control->accessibleName().toStdString();
 }
 
 TEST(MainView, MarksTheKeyboardFocusAndTakesKeys) {

@@ -100,6 +100,19 @@ TEST(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
     EXPECT_FALSE(window.vm->canUndo());
 }
 
+TEST(TempoField, GivesTheFocusBackToTheNumberThatReturnOpened) {
+    WindowHarness window;
+    auto& number = window.control("Tempo 120");
+    number.setFocus(Qt::TabFocusReason);
+    const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_9, Qt::Key_0, Qt::Key_Return})
+        press(key);
+    EXPECT_EQ(window.vm->project().tempo, 90);
+    EXPECT_TRUE(number.hasFocus());
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(window.control("Increase tempo").hasFocus());
+}
+
 TEST(TransportView, DrivesTheModelAndShowsIt) {
     WindowHarness window;
     for (const char* name : {"Play", "Decrease tempo", "Loop", "Bars 16", "Grid 1/8"})
