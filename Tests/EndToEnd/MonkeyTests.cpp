@@ -1,221 +1,473 @@
-#include "Tests/Support/Desktop.h"
+#include "App/DocumentWindow.h"
+#include "Tests/Support/ViewModelHarness.h"
+#include "UI/Theme.h"
+#include "Views/DisplayNames.h"
+#include "Views/MainView.h"
+#include "Views/PianoRollView.h"
 
-#include <gtest/gtest.h>
+#include <QApplication>
+#include <QMenuBar>
+#include <QTest>
+#include <QWheelEvent>
+#include <QWindow>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
-#include <iostream>
-#include <iterator>
+#include <cmath>
 #include <optional>
 #include <random>
-#include <sstream>
-#include <string>
 
-// Someone who knows nothing presses whatever there is. Reports of the sanitizers, in a build that
-// has them, are written to files of their own.
 namespace mossbit {
 namespace {
 
-using Words = std::vector<std::string>;
+using Selection = ProjectViewModel::Selection;
 
-Words words(const std::string& text) {
-    std::istringstream stream(text);
-    return {std::istream_iterator<std::string>(stream), {}};
-}
+/// A place of the grid in points, and how large its ticks and rows are.
+struct Place {
+    QPointF point;
+    double tickWidth;
+    double rowHeight;
 
-class Monkey : public testing::Test {
-protected:
-    static constexpr unsigned seed = 20261122;
+    double tick() const { return point.x() / tickWidth; }
+    int row() const { return static_cast<int>(point.y() / rowHeight); }
+};
 
-    void SetUp() override {
-        const std::string reports = "log_path=" + (reportFolder / "report").string();
-        setenv("ASAN_OPTIONS", reports.c_str(), 1);
-        setenv("UBSAN_OPTIONS", (reports + ":print_stacktrace=1").c_str(), 1);
-        // The wheel beside a window that just became smaller would turn to another one.
-        desktop.run("set_num_desktops 1");
-        putBytes(desktop / "broken.mossbit", "{");
-        std::cout << "Seed " << seed << '\n';
+/// What presses, movements and keys must do to the song, told plainly.
+class PlainSong {
+public:
+    Project project;
+    Selection selection;
+    int channel = 0;
+    std::vector<Project> undoable, redoable;
+
+    /// Returns whether that adds a note, whose identifier is told to `addedNoteIs`.
+    bool press(const Place& at) {
+        m_drag.reset();
+        if (const Note* note = noteAt(at)) {
+            selection = {note->id};
+            const double right = at.tickWidth * static_cast<double>(note->start) +
+                                 at.tickWidth * static_cast<double>(note->length);
+            m_drag =
+                Drag{*note, at.point, right - at.point.x() <= std::min(7.0, 0.35 * at.tickWidth)};
+            push();
+            return false;
+        }
+        if (at.row() >= rows() || at.tick() >= static_cast<double>(ticks()))
+            return false;
+        push();
+        const std::int64_t start = static_cast<std::int64_t>(at.tick()) / step() * step();
+        notes().push_back({.pitch = flipped(at.row()),
+                           .start = start,
+                           .length = std::min(step(), ticks() - start)});
+        m_drag = Drag{notes().back(), at.point, true};
+        return true;
     }
 
-    /// Plays at least so many events; a gesture such as a drag is one.
-    void play(int count) {
-        ASSERT_NO_FATAL_FAILURE(start());
-        for (events = 0; events < count;) {
-            SCOPED_TRACE("after event " + std::to_string(events));
-            std::optional<Desktop::Window> window;
-            // The last command may have been to quit, and answered only now.
-            ASSERT_TRUE(waitUntil(
-                [&] { return (window = workableWindow()).has_value() || !program->isRunning(); }));
-            if (window)
-                desktop.run(batch(*window));
-            ASSERT_NO_FATAL_FAILURE(hearFromIt());
+    void addedNoteIs(const Uuid& id) {
+        m_drag->origin.id = notes().back().id = id;
+        selection = {id};
+    }
+
+    void move(const Place& to) {
+        if (!m_drag)
+            return;
+        const Note& origin = m_drag->origin;
+        const QPointF distance = to.point - m_drag->from;
+        Note& note = *find(origin.id);
+        if (m_drag->resizes) {
+            const std::int64_t longest = ticks() - origin.start;
+            const std::int64_t length = snapped(std::llround(to.tick()) - origin.start);
+            note.length = std::min(std::max(length, step()), longest);
+        } else {
+            const std::int64_t latest = std::max<std::int64_t>(ticks() - origin.length, 0);
+            const std::int64_t start =
+                snapped(origin.start + std::llround(distance.x() / to.tickWidth));
+            const std::int64_t row =
+                flipped(origin.pitch) + std::llround(distance.y() / to.rowHeight);
+            note.start = std::clamp<std::int64_t>(start, 0, latest);
+            note.pitch = flipped(std::clamp<std::int64_t>(row, 0, rows() - 1));
         }
-        program->kill(SIGTERM);
-        EXPECT_EQ(program->wait(), 0);
-        expectNoReports();
-        EXPECT_NO_THROW(EXPECT_TRUE(desktop.autosave()));
+    }
+
+    void release() { m_drag.reset(); }
+
+    void pressSecondary(const Place& at) {
+        if (const Note* note = noteAt(at))
+            remove({note->id});
+    }
+
+    void deleteSelection() {
+        if (!selection.empty())
+            remove(selection);
+    }
+
+    void selectAll() {
+        selection.clear();
+        for (const Note& note : notes())
+            selection.insert(note.id);
+    }
+
+    void selectChannel(int index) {
+        if (std::exchange(channel, index) == index)
+            return;
+        selection.clear();
+        m_drag.reset();
+    }
+
+    void toggleLoop() {
+        push();
+        project.loop = !project.loop;
+    }
+
+    void undo() { travel(undoable, redoable); }
+    void redo() { travel(redoable, undoable); }
+
+    void push() {
+        undoable.push_back(project);
+        if (undoable.size() > 200)
+            undoable.erase(undoable.begin());
+        redoable.clear();
     }
 
 private:
-    std::size_t below(std::size_t bound) { return random() % bound; }
-    bool oneIn(std::size_t bound) { return below(bound) == 0; }
-    std::string oneOf(const Words& words) { return words[below(words.size())]; }
+    struct Drag {
+        Note origin;
+        QPointF from;
+        bool resizes;
+    };
 
-    /// A press beside the window may have brought up a menu of the desktop, which keeps the
-    /// keyboard until it is left, or have taken the keyboard from every window.
-    std::optional<Desktop::Window> workableWindow() {
-        auto window = desktop.activeWindow();
-        if (!window) {
-            desktop.run("mouseup 1\nmouseup 3\nkeyup ctrl\nkeyup shift\nkey --delay 0 Escape\n");
-            isAnswering(); // Brings its window to the front.
-        }
-        return window;
+    std::vector<Note>& notes() { return project.channels[static_cast<std::size_t>(channel)].notes; }
+    std::vector<Note>::iterator find(const Uuid& id) {
+        return std::find_if(notes().begin(), notes().end(),
+                            [&](const Note& note) { return note.id == id; });
     }
 
-    /// Anywhere inside the window but on the menu bar.
-    std::string somewhere(const Desktop::Window& window) {
-        constexpr int menuBar = 24;
-        const std::size_t x = below(static_cast<std::size_t>(window.width));
-        const std::size_t y = menuBar + below(static_cast<std::size_t>(window.height - menuBar));
-        return "mousemove --window " + window.id + ' ' + std::to_string(x) + ' ' +
-               std::to_string(y) + '\n';
+    bool isNoise() const { return channel == 3; }
+    std::int64_t rows() const { return isNoise() ? 4 : 61; }
+    /// The pitch of a row, and the row of a pitch.
+    std::int64_t flipped(std::int64_t number) const { return isNoise() ? number : 96 - number; }
+    std::int64_t ticks() const { return project.bars * 16; }
+    std::int64_t step() const { return static_cast<std::int64_t>(project.grid); }
+    std::int64_t snapped(std::int64_t tick) const {
+        return std::llround(static_cast<double>(tick) / static_cast<double>(step())) * step();
     }
 
-    std::string key() {
-        static const Words keys =
-            words("space Return Escape Tab shift+Tab BackSpace Delete Left Right Up Down Home End "
-                  "Prior Next ctrl+a ctrl+z ctrl+z ctrl+shift+z ctrl+l ctrl+c ctrl+v ctrl+x "
-                  "shift+End ctrl+1 ctrl+2 ctrl+3 ctrl+4 0 1 9 minus a");
-        return "key --delay 0 " + oneOf(keys) + '\n';
+    const Note* noteAt(const Place& at) {
+        const auto found = std::find_if(notes().rbegin(), notes().rend(), [&](const Note& note) {
+            const double left = at.tickWidth * static_cast<double>(note.start);
+            const double width = at.tickWidth * static_cast<double>(note.length);
+            return flipped(note.pitch) == at.row() && left <= at.point.x() &&
+                   at.point.x() < left + width;
+        });
+        return found == notes().rend() ? nullptr : &*found;
     }
 
-    std::string drag(const Desktop::Window& window) {
-        std::string script = somewhere(window) + "mousedown 1\n";
-        for (std::size_t moves = below(4); moves > 0; --moves)
-            script += somewhere(window) + (oneIn(8) ? key() : "");
-        // A release can get lost.
-        return script + (oneIn(20) ? "" : "mouseup 1\n");
+    void remove(const Selection gone) {
+        push();
+        std::erase_if(notes(), [&](const Note& note) { return gone.contains(note.id); });
+        forgetTheGone();
     }
 
-    std::string gesture(const Desktop::Window& window) {
-        // 4 to 7 are the wheel.
-        static const Words buttons = words("1 1 1 1 1 3 3 2 4 5 6 7");
-        const std::string click = "click --delay 0 " + oneOf(buttons) + '\n';
-        const std::size_t choice = below(10);
-        if (choice < 2)
-            return key();
-        if (choice < 4)
-            return drag(window);
-        if (choice < 5)
-            return somewhere(window) + "click --repeat 2 --delay 1 1\n";
-        if (choice < 6) {
-            const std::string modifier = oneIn(2) ? "ctrl\n" : "shift\n";
-            return somewhere(window) + "keydown --delay 0 " + modifier + click +
-                   "keyup --delay 0 " + modifier;
-        }
-        return somewhere(window) + click;
+    void travel(std::vector<Project>& from, std::vector<Project>& to) {
+        if (from.empty())
+            return;
+        to.push_back(std::exchange(project, from.back()));
+        from.pop_back();
+        m_drag.reset();
+        forgetTheGone();
     }
 
-    /// What may bring up a dialog, end the program or leave the pointer outside: a shortcut, a walk
-    /// through a menu, another size.
-    std::string command(const Desktop::Window& window) {
-        static const Words shortcuts =
-            words("ctrl+n ctrl+o ctrl+o ctrl+s ctrl+s ctrl+shift+s ctrl+e ctrl+w");
-        static const Words menus = words("alt+f alt+e alt+p alt+h");
-        // Whatever menu, button or text is open or held must not take the keys instead.
-        const std::string script =
-            "mouseup 1\nkeyup ctrl\nkeyup shift\nkey --delay 0 Escape Escape\n";
-        if (oneIn(4))
-            return script + "windowsize " + window.id + ' ' + std::to_string(800 + below(700)) +
-                   ' ' + std::to_string(500 + below(600)) + '\n';
-        if (oneIn(3))
-            return script + "key --delay 0 " + oneOf(shortcuts) + '\n';
-        std::string walk = script + "key --delay 0 " + oneOf(menus);
-        for (std::size_t downs = below(9); downs > 0; --downs)
-            walk += " Down";
-        return walk + (oneIn(4) ? " Escape Escape\n" : " Return\n");
+    void forgetTheGone() {
+        std::erase_if(selection, [this](const Uuid& id) { return find(id) == notes().end(); });
+        if (m_drag && find(m_drag->origin.id) == notes().end())
+            m_drag.reset();
     }
 
-    /// Only the last one is a command: random presses in a dialog about files would leave the
-    /// scratch home, and beside the window they would be about the desktop.
-    std::string batch(const Desktop::Window& window) {
-        std::string script;
-        for (std::size_t count = 10 + below(40); count > 0; --count, ++events)
-            script += gesture(window);
-        ++events;
-        return script + command(window);
-    }
-
-    /// Waits until the program's main thread answers, and then answers what it asks. Starts it
-    /// again if it was told to quit.
-    void hearFromIt() {
-        for (int round = 0;; ++round) {
-            if (!isAnswering()) {
-                ASSERT_TRUE(waitUntil([&] { return !program->isRunning(); })) << "it hangs";
-                ASSERT_EQ(program->wait(), 0);
-                expectNoReports();
-                ASSERT_NO_FATAL_FAILURE(start());
-            }
-            // A dialog without the keyboard is going, or appeared when the window was just called
-            // to the front, and gets it by the next call.
-            bool isAsking = false;
-            ASSERT_TRUE(waitUntil([&] {
-                isAsking = isDialog(desktop.activeTitle());
-                return isAsking || !hasDialog() || !isAnswering();
-            })) << "a dialog without the keyboard";
-            if (!isAsking)
-                return;
-            ASSERT_LT(round, 40) << "a dialog stays";
-            desktop.run(answer(round));
-        }
-    }
-
-    void start() {
-        program = desktop.start();
-        ASSERT_TRUE(waitUntil([&] { return isAnswering() || !program->isRunning(); }));
-        ASSERT_TRUE(waitUntil([&] { return desktop.activeWindow().has_value(); }));
-    }
-
-    bool isAnswering() { return desktop.call("ActivateAction", {"none", "[]", "{}"}); }
-
-    static bool isDialog(const std::string& title) {
-        static const Words titles = {"Mossbit", "Save", "Open", "Export WAV", "About Mossbit"};
-        return std::find(titles.begin(), titles.end(), title) != titles.end();
-    }
-
-    /// Whether the window manager knows more windows than the main one; menus are none to it.
-    bool hasDialog() const {
-        return desktop.outputOf({"xprop", "-root", "_NET_CLIENT_LIST"}).find(',') !=
-               std::string::npos;
-    }
-
-    std::string answer(int round) {
-        static const Words names = {"song", "other", "broken.mossbit", "absent"};
-        if (round > 10 || oneIn(4))
-            return "key --delay 0 Escape\n";
-        if (oneIn(2))
-            return "key --delay 0 " + std::string(oneIn(2) ? "Return" : "Tab Return") + '\n';
-        return "type --delay 0 " + oneOf(names) + "\nkey --delay 0 Return\n";
-    }
-
-    void expectNoReports() const {
-        for (const auto& file : std::filesystem::directory_iterator(reportFolder.path()))
-            ADD_FAILURE() << bytesOf(file);
-    }
-
-    Desktop desktop;
-    const ScratchFolder reportFolder;
-    std::unique_ptr<Process> program;
-    std::mt19937 random{seed};
-    int events = 0;
+    std::optional<Drag> m_drag;
 };
 
-TEST_F(Monkey, ThousandEvents) {
+std::string description(const Project& project) {
+    std::string text = std::to_string(project.bars) + " bars";
+    for (const Channel& channel : project.channels)
+        for (const Note& note : channel.notes)
+            text += ", " + title(channel.kind).toStdString() + ' ' + std::to_string(note.pitch) +
+                    " at " + std::to_string(note.start) + " for " + std::to_string(note.length);
+    return text;
+}
+
+/// Someone who knows nothing presses whatever there is, in the real window over the real view
+/// model. The window system's events go the whole way through Qt.
+class Monkey : public ViewModelTest {
+protected:
+    void SetUp() override {
+        applyTheme(*qApp);
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        song.project = model->project();
+    }
+
+    void play(int gestures) {
+        for (int gesture = 0; gesture < gestures; ++gesture) {
+            SCOPED_TRACE("gesture " + std::to_string(gesture));
+            ASSERT_NO_FATAL_FAILURE(closeTextField());
+            ASSERT_NO_FATAL_FAILURE(doSomething());
+            ASSERT_NO_FATAL_FAILURE(check());
+        }
+    }
+
+private:
+    int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
+    bool oneIn(int bound) { return below(bound) == 0; }
+
+    // What the window system sends.
+
+    void mouse(QEvent::Type type, const QPointF& point, Qt::MouseButton button = Qt::NoButton,
+               Qt::KeyboardModifiers modifiers = {}) {
+        buttons.setFlag(button, type == QEvent::MouseButtonPress);
+        // Some presses come within the time of a double click.
+        milliseconds += 1 + below(300);
+        qt_handleMouseEvent(window.windowHandle(), point, window.mapToGlobal(point), buttons,
+                            button, type, modifiers, milliseconds);
+        QCoreApplication::processEvents();
+    }
+
+    /// Now and then a key is held down so long that it repeats. Returns how often it was sent.
+    int key(int code, Qt::KeyboardModifiers modifiers = {}, const QString& text = {}) {
+        const int count = oneIn(8) ? 3 : 1;
+        for (int i = 0; i < count; ++i)
+            qt_handleKeyEvent(window.windowHandle(), QEvent::KeyPress, code, modifiers, text,
+                              i > 0);
+        qt_handleKeyEvent(window.windowHandle(), QEvent::KeyRelease, code, modifiers, text);
+        return count;
+    }
+
+    // On the canvas, in its points.
+
+    /// Every second time on a note, if one is visible.
+    QPointF somewhere() {
+        const auto& notes = model->selectedChannel().notes;
+        if (!notes.empty() && oneIn(2)) {
+            const auto index = static_cast<std::size_t>(below(static_cast<int>(notes.size())));
+            const QRect note = roll.visibleNoteRect(notes[index]).toRect();
+            const QPoint inside = note.topLeft() + QPoint(below(note.width()), 7);
+            if (canvas.rect().contains(inside))
+                return inside;
+        }
+        return QPoint(below(canvas.width()), below(canvas.height()));
+    }
+
+    Place place(const QPointF& point) const {
+        return {roll.toGrid(point), roll.grid().cellWidth, roll.grid().rowHeight};
+    }
+
+    QPointF inWindow(const QPointF& point) const { return canvas.mapTo(&window, point); }
+
+    void drag() {
+        QPointF point = somewhere();
+        const bool adds = song.press(place(point));
+        mouse(QEvent::MouseButtonPress, inWindow(point), Qt::LeftButton);
+        if (adds)
+            song.addedNoteIs(model->selectedChannel().notes.back().id);
+        for (int moves = below(4); moves > 0; --moves) {
+            ASSERT_NO_FATAL_FAILURE(check());
+            point += QPointF(below(300) - 150, below(120) - 60);
+            mouse(QEvent::MouseMove, inWindow(point));
+            song.move(place(point));
+            if (oneIn(8))
+                command();
+            if (oneIn(8))
+                wheel(point);
+        }
+        mouse(QEvent::MouseButtonRelease, inWindow(point), Qt::LeftButton);
+        song.release();
+    }
+
+    void secondaryClick() {
+        const QPointF point = somewhere();
+        const auto [button, modifiers] = oneIn(2) ? std::pair(Qt::RightButton, Qt::NoModifier)
+                                                  : std::pair(Qt::LeftButton, Qt::ControlModifier);
+        song.pressSecondary(place(point));
+        mouse(QEvent::MouseButtonPress, inWindow(point), button, modifiers);
+        mouse(QEvent::MouseButtonRelease, inWindow(point), button, modifiers);
+    }
+
+    void pan() {
+        mouse(QEvent::MouseButtonPress, inWindow(somewhere()), Qt::MiddleButton);
+        mouse(QEvent::MouseMove, inWindow(somewhere()));
+        mouse(QEvent::MouseButtonRelease, inWindow(somewhere()), Qt::MiddleButton);
+    }
+
+    void wheel(const QPointF& point) {
+        static constexpr Qt::KeyboardModifier modifiers[] = {Qt::NoModifier, Qt::ShiftModifier,
+                                                             Qt::ControlModifier};
+        QWheelEvent event(point, canvas.mapToGlobal(point), {}, {0, oneIn(2) ? 120 : -120}, buttons,
+                          modifiers[below(3)], Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&canvas, &event);
+        song.move(place(point));
+    }
+
+    // Elsewhere.
+
+    void command() {
+        const int channel = below(4);
+        switch (below(9)) {
+        case 0:
+        case 1:
+            for (int count = key(Qt::Key_Z, Qt::ControlModifier); count > 0; --count)
+                song.undo();
+            break;
+        case 2:
+            for (int count = key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); count > 0;
+                 --count)
+                song.redo();
+            break;
+        case 3:
+            key(Qt::Key_L, Qt::ControlModifier);
+            song.toggleLoop();
+            break;
+        case 4:
+        case 5:
+            key(oneIn(2) ? Qt::Key_Delete : Qt::Key_Backspace);
+            song.deleteSelection();
+            break;
+        case 6:
+            key(Qt::Key_A, Qt::ControlModifier);
+            song.selectAll();
+            break;
+        case 7:
+            key(Qt::Key_1 + channel, Qt::ControlModifier);
+            song.selectChannel(channel);
+            break;
+        default:
+            key(Qt::Key_Space, {}, QStringLiteral(" "));
+        }
+    }
+
+    /// Presses and drags on a control, or on nothing.
+    void pressControl() {
+        const int bar = window.menuBar()->height();
+        QPointF point;
+        do {
+            point = QPoint(below(window.width()), bar + below(window.height() - bar));
+        } while (canvas.rect().contains(canvas.mapFrom(&window, point).toPoint()));
+        mouse(QEvent::MouseButtonPress, point, Qt::LeftButton);
+        ASSERT_NO_FATAL_FAILURE(adoptSettings());
+        mouse(QEvent::MouseMove, point + QPointF(below(20) - 10, 0));
+        ASSERT_NO_FATAL_FAILURE(adoptSettings());
+        mouse(QEvent::MouseButtonRelease, point, Qt::LeftButton);
+        ASSERT_NO_FATAL_FAILURE(adoptSettings());
+        for (int keys = below(4); keys > 0; --keys) {
+            typeKey();
+            ASSERT_NO_FATAL_FAILURE(adoptSettings());
+        }
+    }
+
+    void typeKey() {
+        static constexpr Qt::Key keys[] = {Qt::Key_Return,  Qt::Key_Escape, Qt::Key_Tab,
+                                           Qt::Key_Backtab, Qt::Key_Left,   Qt::Key_Up,
+                                           Qt::Key_Home,    Qt::Key_End};
+        const QString text = QString::number(below(10));
+        if (oneIn(2))
+            key(Qt::Key_0 + text.toInt(), {}, text);
+        else
+            key(keys[below(std::size(keys))]);
+    }
+
+    void closeTextField() {
+        if (model->isEditingText())
+            key(oneIn(2) ? Qt::Key_Return : Qt::Key_Escape);
+        adoptSettings();
+    }
+
+    /// A control may have changed anything but notes, each change with an undo step of its own.
+    void adoptSettings() {
+        std::vector<Project> states = {model->project()};
+        for (; states.back() != song.project; states.push_back(model->project())) {
+            ASSERT_LT(states.size(), 5U) << "steps of one event";
+            model->undo();
+        }
+        for (std::size_t i = states.size() - 1; i > 0; --i) {
+            song.push();
+            song.project = states[i - 1];
+            model->redo();
+        }
+        song.selection = model->selection();
+        song.channel = model->selectedChannelIndex();
+    }
+
+    void startAnew() {
+        harness.dialogs.alertAnswers = {1};
+        key(Qt::Key_N, Qt::ControlModifier);
+        harness.dialogs.alertAnswers.clear();
+        ASSERT_FALSE(model->project().hasNotes());
+        song = PlainSong();
+        song.project = model->project();
+        song.channel = model->selectedChannelIndex();
+    }
+
+    void save() {
+        const std::filesystem::path file = harness.folder / "song.mossbit";
+        harness.dialogs.saveAnswers = {file};
+        key(Qt::Key_S, Qt::ControlModifier);
+        harness.dialogs.saveAnswers.clear();
+        ASSERT_EQ(saved(file), song.project);
+    }
+
+    void letTimePass() {
+        if (model->isPlaying())
+            harness.output.pull(static_cast<std::size_t>(below(9000)));
+        harness.pass(oneIn(10) ? 1 : 0.02);
+    }
+
+    void doSomething() {
+        static constexpr double zooms[] = {0.6, 1, 1.7, 4};
+        const int choice = below(100);
+        if (choice < 35)
+            drag();
+        else if (choice < 45)
+            secondaryClick();
+        else if (choice < 70)
+            command();
+        else if (choice < 75)
+            wheel(somewhere());
+        else if (choice < 78)
+            pan();
+        else if (choice < 86)
+            pressControl();
+        else if (choice < 96)
+            letTimePass();
+        else if (choice < 97)
+            window.resize(900 + below(600), 620 + below(400));
+        else if (choice < 98)
+            window.findChild<MainView*>()->setZoom(zooms[below(4)]);
+        else if (choice < 99 || !oneIn(8))
+            save();
+        else
+            startAnew();
+    }
+
+    void check() {
+        ASSERT_EQ(model->project(), song.project)
+            << description(model->project()) << "\nexpected " << description(song.project);
+        ASSERT_EQ(model->selection(), song.selection);
+        ASSERT_EQ(model->selectedChannelIndex(), song.channel);
+        ASSERT_EQ(model->canUndo(), !song.undoable.empty());
+        ASSERT_EQ(model->canRedo(), !song.redoable.empty());
+    }
+
+    DocumentWindow window{*model};
+    PianoRollView& roll = *window.findChild<PianoRollView*>();
+    QWidget& canvas = *roll.viewport();
+    PlainSong song;
+    std::mt19937 random{20261122};
+    int milliseconds = 0;
+    Qt::MouseButtons buttons;
+};
+
+TEST_F(Monkey, ThousandGestures) {
     play(1000);
 }
 
-TEST_F(Monkey, TwentyThousandEvents) {
+TEST_F(Monkey, TwentyThousandGestures) {
     play(20'000);
 }
 
