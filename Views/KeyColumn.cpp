@@ -1,9 +1,11 @@
 #include "Views/KeyColumn.h"
 
 #include "UI/PixelPainter.h"
-#include "Views/DisplayNames.h"
+#include "Views/NoteNames.h"
 
+#include <QHelpEvent>
 #include <QPaintEvent>
+#include <QToolTip>
 
 namespace mossbit {
 
@@ -23,6 +25,22 @@ void KeyColumn::setOffset(int offset) {
     const int moved = m_offset - offset;
     m_offset = offset;
     scroll(0, moved);
+}
+
+bool KeyColumn::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    const auto& help = *static_cast<QHelpEvent*>(event);
+    const auto cell = m_geometry.cellAt({0, static_cast<double>(help.y() + m_offset)});
+    if (cell) {
+        QRectF row = m_geometry.noteRect({.pitch = cell->pitch}).translated(0, -m_offset);
+        row.setWidth(width());
+        QToolTip::showText(help.globalPos(), pitchName(cell->pitch, m_geometry.isNoise), this,
+                           row.toAlignedRect());
+    } else {
+        QToolTip::hideText();
+    }
+    return true;
 }
 
 void KeyColumn::paintEvent(QPaintEvent* event) {

@@ -17,6 +17,7 @@ public:
     void setOffset(int offset);
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -1,6 +1,9 @@
+#include "Views/NoteNames.h"
 #include "Views/PianoRollView.h"
 
+#include <QHelpEvent>
 #include <QMouseEvent>
+#include <QToolTip>
 
 namespace mossbit {
 
@@ -21,16 +24,15 @@ bool isSecondaryClick(const QMouseEvent& event) {
 } // namespace
 
 void PianoRollView::mousePressEvent(QMouseEvent* event) {
-    const bool isSecondary = isSecondaryClick(*event);
-    if (!isSecondary && event->button() != Qt::LeftButton)
-        return;
     m_focusMark->hide();
     const QPointF point = toGrid(event->position());
-    if (isSecondary) {
+    if (isSecondaryClick(*event)) {
         deleteNoteAt(point);
-    } else {
+    } else if (event->button() == Qt::LeftButton) {
         m_drag.reset();
         beginDrag(point);
+    } else if (event->button() == Qt::MiddleButton) {
+        m_panPoint = point;
     }
     updateCursor(event->position());
 }
@@ -41,18 +43,24 @@ void PianoRollView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void PianoRollView::mouseMoveEvent(QMouseEvent* event) {
-    // A release may get lost, to a dialog or to another program.
-    if (!(event->buttons() & Qt::LeftButton))
-        m_drag.reset();
-    if (m_drag)
-        updateDrag(toGrid(event->position()));
-    updateCursor(event->position());
+    followPointer(event->position(), event->buttons());
 }
 
 void PianoRollView::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
+    followPointer(event->position(), event->buttons());
+}
+
+void PianoRollView::followPointer(const QPointF& viewportPoint, Qt::MouseButtons buttons) {
+    // A release may get lost, to a dialog or to another program.
+    if (!(buttons & Qt::LeftButton))
         m_drag.reset();
-    updateCursor(event->position());
+    if (!(buttons & Qt::MiddleButton))
+        m_panPoint.reset();
+    if (m_panPoint)
+        scrollTo((*m_panPoint - viewportPoint).toPoint());
+    if (m_drag)
+        updateDrag(toGrid(viewportPoint));
+    updateCursor(viewportPoint);
 }
 
 void PianoRollView::beginDrag(const QPointF& point) {
@@ -70,12 +78,9 @@ void PianoRollView::beginDrag(const QPointF& point) {
     const auto cell = m_grid.cellAt(point);
     if (!cell)
         return;
-    m_vm.addNote(cell->pitch, cell->tick);
-    if (m_vm.selection().empty())
-        return;
-    const Uuid id = *m_vm.selection().begin();
-    if (const auto note = m_vm.note(id))
-        m_drag = {.id = id, .kind = ActiveDrag::Kind::resize, .origin = *note, .startPoint = point};
+    if (const auto note = m_vm.addNote(cell->pitch, cell->tick))
+        m_drag = {
+            .id = note->id, .kind = ActiveDrag::Kind::resize, .origin = *note, .startPoint = point};
 }
 
 void PianoRollView::updateDrag(const QPointF& point) {
@@ -100,6 +105,8 @@ void PianoRollView::deleteNoteAt(const QPointF& point) {
 
 void PianoRollView::updateCursor(const QPointF& viewportPoint) {
     const auto cursor = [&] {
+        if (m_panPoint)
+            return Qt::ClosedHandCursor;
         if (m_drag)
             return m_drag->kind == ActiveDrag::Kind::resize ? Qt::SizeHorCursor : Qt::SizeAllCursor;
         const QPointF point = toGrid(viewportPoint);
@@ -112,6 +119,26 @@ void PianoRollView::updateCursor(const QPointF& viewportPoint) {
     }();
     if (viewport()->cursor().shape() != cursor)
         viewport()->setCursor(cursor);
+}
+
+void PianoRollView::showToolTip(const QHelpEvent& event) {
+    const QPointF point = toGrid(event.pos());
+    const auto cell = m_grid.contains(point) ? m_grid.cellAt(point) : std::nullopt;
+    if (!cell) {
+        QToolTip::hideText();
+        return;
+    }
+    const Note* const hit = m_grid.noteAt(point, m_vm.selectedChannel().notes);
+    // Without a note the cell that a press would fill.
+    const Note note = hit ? *hit
+                          : Note{.pitch = cell->pitch,
+                                 .start = cell->tick - cell->tick % m_grid.gridStep,
+                                 .length = m_grid.gridStep};
+    QStringList words = {pitchName(note.pitch, m_grid.isNoise), tickName(note.start)};
+    if (hit)
+        words += lengthName(note.length);
+    QToolTip::showText(event.globalPos(), words.join(QStringLiteral(" · ")), viewport(),
+                       visibleNoteRect(note).toAlignedRect());
 }
 
 } // namespace mossbit

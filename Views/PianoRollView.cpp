@@ -1,12 +1,13 @@
 #include "Views/PianoRollView.h"
 
 #include "UI/KeyboardFocus.h"
+#include "Views/DisplayNames.h"
 #include "Views/KeyColumn.h"
 #include "Views/PianoRollAccessibility.h"
 #include "Views/PianoRollPainter.h"
 
-#include <QAccessible>
-#include <QCoreApplication>
+#include <QApplication>
+#include <QHelpEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -41,6 +42,17 @@ protected:
     }
 };
 
+/// Goes on with the empty background beside a scroll bar.
+QWidget* makeWell(int width) {
+    auto* well = new QWidget;
+    QPalette palette;
+    palette.setColor(QPalette::Window, Palette::well);
+    well->setPalette(palette);
+    well->setAutoFillBackground(true);
+    well->setMinimumWidth(width);
+    return well;
+}
+
 int scrollRange(double content, int visible) {
     // The grid that fits exactly must not become scrollable by a rounding error.
     constexpr double tolerance = 1e-6;
@@ -60,13 +72,15 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
       m_keys(new KeyColumn(m_grid, this)),
       m_focusMark(new FocusMark(this)) {
     installPianoRollAccessibility();
-    setAccessibleName(tr("Piano roll"));
+    nameAfterChannel();
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     // Bars that come and go would change the width that sizes the grid.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setViewportMargins(static_cast<int>(PianoRollGeometry::keyWidth), 0, 0, 0);
+    addScrollBarWidget(makeWell(static_cast<int>(PianoRollGeometry::keyWidth)), Qt::AlignLeft);
+    setCornerWidget(makeWell(0));
     horizontalScrollBar()->setAccessibleName(tr("Horizontal scroll bar"));
     verticalScrollBar()->setAccessibleName(tr("Vertical scroll bar"));
     verticalScrollBar()->setSingleStep(verticalStep);
@@ -81,12 +95,8 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     connect(&vm, &ProjectViewModel::selectionChanged, this, &PianoRollView::showSelection);
     connect(&vm, &ProjectViewModel::playheadChanged, this, &PianoRollView::showPlayhead);
     connect(&vm, &ProjectViewModel::documentReplaced, this, [this] { m_drag.reset(); });
-    // The press has emptied what can be redone, so this tells of every undo, also of one that has
-    // only taken the press back: to go on would change the song without a step of its own.
-    connect(&vm, &ProjectViewModel::historyChanged, this, [this] {
-        if (m_vm.canRedo())
-            m_drag.reset();
-    });
+    // To go on would change the song without an undo step of its own.
+    connect(&vm, &ProjectViewModel::historyTravelled, this, [this] { m_drag.reset(); });
 }
 
 PianoRollView::~PianoRollView() = default;
@@ -116,10 +126,16 @@ void PianoRollView::updateGrid() {
 
 void PianoRollView::layOut() {
     const QSize visible = viewport()->size();
+    if (m_keepsCentred && !m_grid.isNoise)
+        m_place.setY(qRound(m_grid.noteRect({.pitch = firstCentredPitch}).center().y() -
+                            visible.height() / 2.0));
+    m_isLayingOut = true;
     horizontalScrollBar()->setRange(0, scrollRange(m_grid.width(), visible.width()));
     horizontalScrollBar()->setPageStep(visible.width());
     verticalScrollBar()->setRange(0, scrollRange(m_grid.height(), visible.height()));
     verticalScrollBar()->setPageStep(visible.height());
+    scrollTo(m_place);
+    m_isLayingOut = false;
     const QRect pane = viewport()->geometry();
     m_keys->setGeometry(0, pane.y(), pane.x(), pane.height());
     m_focusMark->setGeometry(m_keys->geometry() | pane);
@@ -133,14 +149,16 @@ void PianoRollView::showEvent(QShowEvent* event) {
     QAbstractScrollArea::showEvent(event);
     if (m_hasCentred || event->spontaneous())
         return;
-    updateGrid();
     // Also when the drums are shown first: nothing is centred later.
     m_hasCentred = true;
-    if (m_grid.isNoise)
-        return;
-    const double middle =
-        m_grid.rowHeight * (static_cast<double>(m_grid.row(firstCentredPitch)) + 0.5);
-    verticalScrollBar()->setValue(qRound(middle - viewport()->height() / 2.0));
+    m_keepsCentred = m_vm.selectedChannel().kind != ChannelKind::noise;
+    qApp->installEventFilter(this);
+    updateGrid();
+}
+
+void PianoRollView::scrollTo(const QPoint& place) {
+    horizontalScrollBar()->setValue(place.x());
+    verticalScrollBar()->setValue(place.y());
 }
 
 QPoint PianoRollView::offset() const {
@@ -163,47 +181,71 @@ void PianoRollView::scrollContentsBy(int dx, int dy) {
     viewport()->scroll(dx, dy);
     if (dy != 0)
         m_keys->setOffset(verticalScrollBar()->value());
+    if (!m_isLayingOut) {
+        m_keepsCentred = false;
+        if (dx != 0)
+            m_place.setX(offset().x());
+        if (dy != 0)
+            m_place.setY(offset().y());
+    }
     updateCursor(viewport()->mapFromGlobal(QCursor::pos()));
 }
 
 void PianoRollView::wheelEvent(QWheelEvent* event) {
-    scrollByWheel(event);
-    // The pointer is at another place of the grid now.
-    if (m_drag)
-        updateDrag(toGrid(viewport()->mapFromGlobal(event->globalPosition())));
-}
-
-void PianoRollView::scrollByWheel(QWheelEvent* event) {
-    if (!(event->modifiers() & Qt::ShiftModifier)) {
-        QAbstractScrollArea::wheelEvent(event);
-        return;
-    }
-    // Some systems have turned it already.
-    const auto sideways = [](const QPoint& delta) {
-        return delta.y() == 0 ? delta : delta.transposed();
+    const auto turned = [&](const QPoint& delta) {
+        // Some systems have turned it already.
+        const bool isSideways = (event->modifiers() & Qt::ShiftModifier) && delta.y() != 0;
+        return isSideways ? delta.transposed() : delta;
     };
-    QWheelEvent turned(event->position(), event->globalPosition(), sideways(event->pixelDelta()),
-                       sideways(event->angleDelta()), event->buttons(),
-                       event->modifiers() & ~Qt::ShiftModifier, event->phase(), event->inverted());
-    QCoreApplication::sendEvent(horizontalScrollBar(), &turned);
+    // Without the modifiers, with which scroll bars would go by pages.
+    QWheelEvent plain(event->position(), event->globalPosition(), turned(event->pixelDelta()),
+                      turned(event->angleDelta()), event->buttons(), Qt::NoModifier, event->phase(),
+                      event->inverted());
+    QAbstractScrollArea::wheelEvent(&plain);
     event->accept();
+    // The pointer is at another place of the grid now.
+    followPointer(viewport()->mapFromGlobal(event->globalPosition()), event->buttons());
 }
 
 bool PianoRollView::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_keys && event->type() == QEvent::Wheel) {
-        wheelEvent(static_cast<QWheelEvent*>(event));
-        return true;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::ShortcutOverride:
+        m_keepsCentred = false;
+        qApp->removeEventFilter(this);
+        break;
+    case QEvent::Wheel:
+        if (watched == m_keys) {
+            wheelEvent(static_cast<QWheelEvent*>(event));
+            return true;
+        }
+        break;
+    default:
+        break;
     }
     return QAbstractScrollArea::eventFilter(watched, event);
 }
 
+bool PianoRollView::viewportEvent(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QAbstractScrollArea::viewportEvent(event);
+    showToolTip(*static_cast<QHelpEvent*>(event));
+    return true;
+}
+
 // What the model tells.
+
+void PianoRollView::nameAfterChannel() {
+    setAccessibleName(tr("Piano roll, %1").arg(title(m_vm.selectedChannel().kind)));
+}
 
 void PianoRollView::showProject() {
     const Project& project = m_vm.project();
     const int channel = m_vm.selectedChannelIndex();
     if (m_drag && (channel != m_shownChannel || !m_vm.note(m_drag->id)))
         m_drag.reset();
+    if (channel != m_shownChannel)
+        nameAfterChannel();
     const bool sameView = channel == m_shownChannel && project.bars == m_shownProject.bars &&
                           project.grid == m_shownProject.grid;
     updateGrid();
@@ -217,10 +259,6 @@ void PianoRollView::showProject() {
     m_shownProject = project;
     m_shownChannel = channel;
     updateCursor(viewport()->mapFromGlobal(QCursor::pos()));
-    if (QAccessible::isActive()) {
-        QAccessibleEvent event(this, QAccessible::ObjectReorder);
-        QAccessible::updateAccessibility(&event);
-    }
 }
 
 void PianoRollView::repaintDifferences(const std::vector<Note>& before,
@@ -257,10 +295,6 @@ void PianoRollView::showSelection() {
             if (std::find(changed.begin(), changed.end(), note.id) != changed.end())
                 repaintNote(note);
     m_shownSelection = selection;
-    if (QAccessible::isActive()) {
-        QAccessibleEvent event(this, QAccessible::SelectionWithin);
-        QAccessible::updateAccessibility(&event);
-    }
 }
 
 void PianoRollView::showPlayhead() {

@@ -7,6 +7,8 @@
 
 #include <optional>
 
+class QHelpEvent;
+
 namespace mossbit {
 
 class KeyColumn;
@@ -44,6 +46,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -59,26 +62,29 @@ private:
     };
 
     // What the model tells.
+    void nameAfterChannel();
     void showProject();
     void showSelection();
     void showPlayhead();
 
     // Layout.
-    void scrollByWheel(QWheelEvent* event);
     QSize paneSize() const;
     void updateGrid();
     void layOut();
+    void scrollTo(const QPoint& place);
     QPoint offset() const;
     /// What has to be painted again if a rectangle of the grid changes.
     QRect paintedRect(const QRectF& gridRect) const;
     void repaintNote(const Note& note);
     void repaintDifferences(const std::vector<Note>& before, const std::vector<Note>& after);
 
-    // Pointer. Points are the grid's.
+    // Pointer. Points are the grid's unless they are named otherwise.
     void beginDrag(const QPointF& point);
     void updateDrag(const QPointF& point);
+    void followPointer(const QPointF& viewportPoint, Qt::MouseButtons buttons);
     void deleteNoteAt(const QPointF& point);
     void updateCursor(const QPointF& viewportPoint);
+    void showToolTip(const QHelpEvent& event);
 
     ProjectViewModel& m_vm;
     double m_zoom = 1;
@@ -88,8 +94,16 @@ private:
     int m_shownChannel;
     ProjectViewModel::Selection m_shownSelection;
     std::int64_t m_shownPlayhead;
+    /// The place that the person has scrolled to. The view shows what is nearest to it.
+    QPoint m_place;
+    bool m_isLayingOut = false;
     bool m_hasCentred = false;
+    /// From the first appearance until the person does anything: the window manager may still be
+    /// changing the window's size.
+    bool m_keepsCentred = false;
     std::optional<ActiveDrag> m_drag;
+    /// The point that the middle button holds.
+    std::optional<QPointF> m_panPoint;
     KeyColumn* m_keys;
     QWidget* m_focusMark;
 };
