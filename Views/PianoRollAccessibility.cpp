@@ -1,13 +1,14 @@
 #include "Views/PianoRollAccessibility.h"
 
-#include "Views/DisplayNames.h"
+#include "Views/NoteNames.h"
 #include "Views/PianoRollView.h"
 
 #include <QAccessibleWidget>
-#include <QScrollBar>
 
 #include <algorithm>
+#include <tuple>
 #include <unordered_map>
+#include <utility>
 
 namespace mossbit {
 
@@ -15,15 +16,35 @@ namespace {
 
 class AccessiblePianoRoll;
 
-/// One note, made when an assistive tool asks for it. It outlives the note and then is invalid.
+constexpr std::int64_t firstAddedPitch = 72;
+
+void send(QAccessibleInterface* what, QAccessible::Event type) {
+    QAccessibleEvent event(what, type);
+    QAccessible::updateAccessibility(&event);
+}
+
+/// An action that changes a note, in steps of the grid.
+struct NoteStep {
+    const char* name;
+    int ticks;
+    int rows;
+    int length;
+};
+
+constexpr NoteStep noteSteps[] = {{"Up", 0, -1, 0},   {"Down", 0, 1, 0},   {"Earlier", -1, 0, 0},
+                                  {"Later", 1, 0, 0}, {"Longer", 0, 0, 1}, {"Shorter", 0, 0, -1}};
+constexpr QLatin1String deleteAction("Delete");
+constexpr QLatin1String addAction("Add note");
+
+/// One note, made when an assistive tool asks for it.
 class AccessibleNote : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
-    AccessibleNote(const AccessiblePianoRoll& roll, PianoRollView& view, const Uuid& id)
+    AccessibleNote(AccessiblePianoRoll& roll, PianoRollView& view, const Uuid& id)
         : m_roll(roll), m_view(view), m_id(id) {}
 
-    const Uuid& noteId() const { return m_id; }
+    const Uuid& id() const { return m_id; }
 
-    bool isValid() const override { return m_view.viewModel().note(m_id).has_value(); }
+    bool isValid() const override { return note() != nullptr; }
     QObject* object() const override { return nullptr; }
     QAccessibleInterface* parent() const override;
     QAccessibleInterface* child(int) const override { return nullptr; }
@@ -40,138 +61,239 @@ public:
         return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
                                                     : nullptr;
     }
-    QStringList actionNames() const override { return {pressAction()}; }
+    QStringList actionNames() const override;
     QStringList keyBindingsForAction(const QString&) const override { return {}; }
-    void doAction(const QString& name) override {
-        if (name == pressAction() && isValid())
-            m_view.viewModel().setSelection({m_id});
-    }
+    void doAction(const QString& name) override;
 
 private:
-    const AccessiblePianoRoll& m_roll;
+    const Note* note() const;
+    void change(const Note& origin, const NoteStep& step);
+
+    AccessiblePianoRoll& m_roll;
     PianoRollView& m_view;
     const Uuid m_id;
 };
 
-/// The piano roll: a list of the selected channel's notes, and after them its scroll bars.
+/// The piano roll: a list of the selected channel's notes in the order in which they sound. It
+/// follows the song from the moment when an assistive tool first asks for it.
 class AccessiblePianoRoll : public QAccessibleWidget {
 public:
-    static constexpr int scrollBarCount = 2;
-
     explicit AccessiblePianoRoll(PianoRollView& view)
-        : QAccessibleWidget(&view, QAccessible::List), m_view(view) {}
-
-    ~AccessiblePianoRoll() override {
-        for (const auto& [note, interfaceId] : m_children)
-            QAccessible::deleteAccessibleInterface(interfaceId);
+        : QAccessibleWidget(&view, QAccessible::List),
+          m_view(view),
+          m_channel(model().selectedChannelIndex()),
+          m_notes(soundingNotes()),
+          m_selection(model().selection()) {
+        QObject::connect(&model(), &ProjectViewModel::projectChanged, &m_context,
+                         [this] { followProject(); });
+        QObject::connect(&model(), &ProjectViewModel::selectedChannelIndexChanged, &m_context,
+                         [this] { followProject(); });
+        QObject::connect(&model(), &ProjectViewModel::selectionChanged, &m_context,
+                         [this] { followSelection(); });
     }
 
-    int childCount() const override { return noteCount() + scrollBarCount; }
+    ~AccessiblePianoRoll() override { dropChildren(); }
+
+    ProjectViewModel& model() const { return m_view.viewModel(); }
+    const std::vector<Note>& notes() const { return m_notes; }
+
+    int childCount() const override { return static_cast<int>(m_notes.size()); }
 
     QAccessibleInterface* child(int index) const override {
-        if (index < 0 || index >= childCount())
-            return nullptr;
-        const int bar = index - noteCount();
-        if (bar >= 0)
-            return QAccessible::queryAccessibleInterface(scrollBarHolder(bar));
-        return interfaceOf(notes()[static_cast<std::size_t>(index)].id);
+        return index < 0 || index >= childCount()
+                   ? nullptr
+                   : interfaceOf(m_notes[static_cast<std::size_t>(index)].id);
     }
 
     int indexOfChild(const QAccessibleInterface* child) const override {
-        if (const auto* note = dynamic_cast<const AccessibleNote*>(child)) {
-            const auto found = std::find_if(notes().begin(), notes().end(),
-                                            [&](const Note& n) { return n.id == note->noteId(); });
-            return found == notes().end() ? -1 : static_cast<int>(found - notes().begin());
-        }
-        for (int bar = 0; bar < scrollBarCount; ++bar)
-            if (child && child->object() == scrollBarHolder(bar))
-                return noteCount() + bar;
-        return -1;
+        const auto* note = dynamic_cast<const AccessibleNote*>(child);
+        const auto found = std::find_if(m_notes.begin(), m_notes.end(),
+                                        [&](const Note& n) { return note && n.id == note->id(); });
+        return found == m_notes.end() ? -1 : static_cast<int>(found - m_notes.begin());
     }
 
     QAccessibleInterface* childAt(int x, int y) const override {
         const QPointF point = m_view.viewport()->mapFromGlobal(QPointF(x, y));
-        const Note* note = m_view.viewport()->rect().contains(point.toPoint())
-                               ? m_view.grid().noteAt(m_view.toGrid(point), notes())
-                               : nullptr;
+        const Note* note =
+            m_view.viewport()->rect().contains(point.toPoint())
+                ? m_view.grid().noteAt(m_view.toGrid(point), model().selectedChannel().notes)
+                : nullptr;
         return note ? interfaceOf(note->id) : nullptr;
     }
 
-private:
-    const std::vector<Note>& notes() const { return m_view.viewModel().selectedChannel().notes; }
-    /// The view's own children that hold its scroll bars.
-    QObject* scrollBarHolder(int index) const {
-        const QScrollBar* bar =
-            index == 0 ? m_view.horizontalScrollBar() : m_view.verticalScrollBar();
-        return bar->parent();
+    QStringList actionNames() const override {
+        return QAccessibleWidget::actionNames() << addAction;
     }
 
-    int noteCount() const { return static_cast<int>(notes().size()); }
+    void doAction(const QString& name) override {
+        if (name == addAction)
+            addNote();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+
+private:
+    std::vector<Note> soundingNotes() const {
+        std::vector<Note> notes = model().selectedChannel().notes;
+        std::stable_sort(notes.begin(), notes.end(), [](const Note& a, const Note& b) {
+            return std::tie(a.start, a.pitch) < std::tie(b.start, b.pitch);
+        });
+        return notes;
+    }
 
     QAccessibleInterface* interfaceOf(const Uuid& note) const {
-        const auto known = m_children.find(note);
-        if (known != m_children.end())
-            return QAccessible::accessibleInterface(known->second);
-        dropStaleChildren();
-        auto* made = new AccessibleNote(*this, m_view, note);
-        m_children.emplace(note, QAccessible::registerAccessibleInterface(made));
-        return made;
+        auto [child, isNew] = m_children.try_emplace(note);
+        if (isNew)
+            child->second = QAccessible::registerAccessibleInterface(
+                new AccessibleNote(const_cast<AccessiblePianoRoll&>(*this), m_view, note));
+        return QAccessible::accessibleInterface(child->second);
     }
 
-    void dropStaleChildren() const {
-        // Not at every new child: each look costs as much as there are notes.
-        if (m_children.size() < 2 * notes().size() + 16)
+    void dropChildren() {
+        for (const auto& [note, child] : std::exchange(m_children, {}))
+            QAccessible::deleteAccessibleInterface(child);
+    }
+
+    void followProject() {
+        std::vector<Note> now = soundingNotes();
+        if (std::exchange(m_channel, model().selectedChannelIndex()) !=
+            model().selectedChannelIndex()) {
+            m_notes = std::move(now);
+            dropChildren();
+            send(this, QAccessible::ObjectReorder);
             return;
-        std::erase_if(m_children, [&](const auto& child) {
-            if (m_view.viewModel().note(child.first))
-                return false;
-            QAccessible::deleteAccessibleInterface(child.second);
-            return true;
-        });
+        }
+        std::unordered_map<Uuid, Note> gone;
+        for (const Note& note : m_notes)
+            gone.emplace(note.id, note);
+        std::vector<std::pair<Uuid, QAccessible::Event>> news;
+        for (const Note& note : now) {
+            const auto before = gone.extract(note.id);
+            if (!before)
+                news.emplace_back(note.id, QAccessible::ObjectCreated);
+            else if (before.mapped() != note)
+                news.emplace_back(note.id, QAccessible::NameChanged);
+        }
+        // While they still can be asked what they are.
+        for (const auto& [id, note] : gone) {
+            send(interfaceOf(id), QAccessible::ObjectDestroyed);
+            QAccessible::deleteAccessibleInterface(m_children.extract(id).mapped());
+        }
+        m_notes = std::move(now);
+        for (const auto& [id, event] : news)
+            send(interfaceOf(id), event);
+    }
+
+    void followSelection() {
+        const auto before = std::exchange(m_selection, model().selection());
+        for (const Note& note : m_notes) {
+            const bool isSelected = m_selection.contains(note.id);
+            if (isSelected != before.contains(note.id))
+                send(interfaceOf(note.id),
+                     isSelected ? QAccessible::SelectionAdd : QAccessible::SelectionRemove);
+        }
+    }
+
+    /// Where the last one ends, so that a melody can be written note by note.
+    void addNote() {
+        const std::int64_t step = m_view.grid().gridStep;
+        Note last{.pitch = m_view.grid().isNoise ? 0 : firstAddedPitch, .start = 0, .length = 0};
+        for (const Note& note : m_notes)
+            if (note.start + note.length > last.start + last.length)
+                last = note;
+        model().addNote(last.pitch, (last.start + last.length + step - 1) / step * step);
     }
 
     PianoRollView& m_view;
+    int m_channel;
+    /// As assistive tools know them.
+    std::vector<Note> m_notes;
+    ProjectViewModel::Selection m_selection;
     mutable std::unordered_map<Uuid, QAccessible::Id> m_children;
+    /// Ends the connections.
+    QObject m_context;
 };
 
+const Note* AccessibleNote::note() const {
+    const std::vector<Note>& notes = m_roll.notes();
+    const auto found =
+        std::find_if(notes.begin(), notes.end(), [this](const Note& n) { return n.id == m_id; });
+    return found == notes.end() ? nullptr : &*found;
+}
+
 QAccessibleInterface* AccessibleNote::parent() const {
-    return const_cast<AccessiblePianoRoll*>(&m_roll);
+    return &m_roll;
 }
 
 QString AccessibleNote::text(QAccessible::Text text) const {
-    const auto note = m_view.viewModel().note(m_id);
-    if (text != QAccessible::Name || !note)
+    const Note* const known = note();
+    if (text != QAccessible::Name || !known)
         return {};
-    const bool isNoise = m_view.viewModel().selectedChannel().kind == ChannelKind::noise;
-    const QString pitch = isNoise ? title(static_cast<NoiseVoiceKind>(note->pitch)).toLower()
-                                  : QString::fromStdString(PitchRange::name(note->pitch));
-    return QStringLiteral("%1, bar %2, beat %3, %4 %5")
-        .arg(pitch)
-        .arg(note->start / ticksPerBar + 1)
-        .arg(note->start % ticksPerBar / ticksPerBeat + 1)
-        .arg(note->length)
-        .arg(note->length == 1 ? QStringLiteral("tick") : QStringLiteral("ticks"));
+    const QStringList words = {pitchName(known->pitch, m_view.grid().isNoise),
+                               tickName(known->start), lengthName(known->length)};
+    return words.join(QStringLiteral(", "));
 }
 
 QRect AccessibleNote::rect() const {
-    const auto note = m_view.viewModel().note(m_id);
-    if (!note)
+    const Note* const known = note();
+    if (!known)
         return {};
-    const QRect rect = m_view.visibleNoteRect(*note).toAlignedRect();
+    const QRect rect = m_view.visibleNoteRect(*known).toAlignedRect();
     return {m_view.viewport()->mapToGlobal(rect.topLeft()), rect.size()};
 }
 
 QAccessible::State AccessibleNote::state() const {
     QAccessible::State state;
-    const auto note = m_view.viewModel().note(m_id);
-    if (!note) {
-        state.invalid = true;
+    const Note* const known = note();
+    state.invalid = !known;
+    if (!known)
         return state;
-    }
     state.selectable = true;
-    state.selected = m_view.viewModel().selection().contains(m_id);
-    state.offscreen = !m_view.visibleNoteRect(*note).intersects(QRectF(m_view.viewport()->rect()));
+    state.selected = m_roll.model().selection().contains(m_id);
+    state.offscreen = !m_view.visibleNoteRect(*known).intersects(m_view.viewport()->rect());
     return state;
+}
+
+QStringList AccessibleNote::actionNames() const {
+    QStringList names = {pressAction(), deleteAction};
+    for (const NoteStep& step : noteSteps)
+        names += QLatin1String(step.name);
+    return names;
+}
+
+void AccessibleNote::doAction(const QString& name) {
+    const Note* const known = note();
+    if (!known)
+        return;
+    if (name == pressAction())
+        m_roll.model().setSelection({m_id});
+    if (name == deleteAction)
+        m_roll.model().deleteNote(m_id);
+    for (const NoteStep& step : noteSteps)
+        if (name == QLatin1String(step.name))
+            change(Note(*known), step);
+}
+
+void AccessibleNote::change(const Note& origin, const NoteStep& step) {
+    const PianoRollGeometry& grid = m_view.grid();
+    const double stepWidth = grid.cellWidth * static_cast<double>(grid.gridStep);
+    Note changed = origin;
+    // As far as a drag by that much goes.
+    const auto place = grid.moved(origin, {step.ticks * stepWidth, step.rows * grid.rowHeight});
+    if (step.rows != 0)
+        changed.pitch = place.pitch;
+    if (step.ticks != 0)
+        changed.start = place.tick;
+    const double end = grid.noteRect(origin).right() + step.length * stepWidth;
+    if (step.length > 0)
+        changed.length = grid.resizedLength(origin, end);
+    if (step.length < 0)
+        changed.length = std::min(grid.resizedLength(origin, end), origin.length);
+    if (changed == origin)
+        return;
+    m_roll.model().pushUndo();
+    m_roll.model().updateNote(
+        m_id, {.pitch = changed.pitch, .start = changed.start, .length = changed.length});
 }
 
 QAccessibleInterface* makeInterface(const QString&, QObject* object) {
