@@ -2,6 +2,7 @@
 
 #include "App/AppDelegate.h"
 #include "App/EndSignals.h"
+#include "App/KeyRepeatGuard.h"
 #include "App/SessionBus.h"
 #include "Platform/PosixAtomicFile.h"
 #include "Platform/QtDialogs.h"
@@ -39,6 +40,7 @@ private:
     SessionBus m_bus;
     EndSignals m_endSignals;
     AppDelegate m_delegate;
+    KeyRepeatGuard m_keyRepeatGuard;
     std::unique_ptr<SdlAudioOutput> m_audioOutput;
     std::unique_ptr<ProjectViewModel> m_viewModel;
     std::unique_ptr<DocumentWindow> m_window;

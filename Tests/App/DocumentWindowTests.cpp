@@ -1,4 +1,5 @@
 #include "App/DocumentWindow.h"
+#include "App/KeyRepeatGuard.h"
 
 #include "App/FilePaths.h"
 #include "Tests/Support/ViewModelHarness.h"
@@ -172,6 +173,41 @@ TEST_F(MenuBar, LeavesTheKeysOfTextToTheTempoField) {
     EXPECT_TRUE(model->isPlaying());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
     EXPECT_FALSE(model->project().hasNotes());
+}
+
+TEST_F(ShownWindow, TakesARepetitionThatQtTookForANewPressAsARepetition) {
+    const KeyRepeatGuard guard;
+    QWidget& roll = *QApplication::focusWidget();
+    struct Recorder : QObject {
+        std::string presses;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::KeyPress)
+                presses +=
+                    static_cast<QKeyEvent*>(event)->isAutoRepeat() ? "repeated " : "pressed ";
+            return false;
+        }
+    } recorder;
+    roll.installEventFilter(&recorder);
+    /// Returns whether shortcuts may have the key.
+    const auto send = [&](QEvent::Type type, quint32 scanCode, quint64 time) {
+        QKeyEvent event(type, Qt::Key_F, {}, scanCode, 0, 0);
+        event.setTimestamp(time);
+        event.ignore();
+        QApplication::sendEvent(&roll, &event);
+        return !event.isAccepted();
+    };
+    struct Case {
+        quint32 scanCode;
+        quint64 time;
+        bool isNew;
+    };
+    for (const Case& c : {Case{52, 1000, false}, {52, 1001, true}, {53, 1000, true}}) {
+        recorder.presses.clear();
+        send(QEvent::KeyRelease, 52, 1000);
+        EXPECT_EQ(send(QEvent::ShortcutOverride, c.scanCode, c.time), c.isNew);
+        send(QEvent::KeyPress, c.scanCode, c.time);
+        EXPECT_EQ(recorder.presses, c.isNew ? "pressed " : "repeated ");
+    }
 }
 
 TEST_F(MenuBar, FileItemsReachTheViewModel) {
