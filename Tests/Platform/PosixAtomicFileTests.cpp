@@ -92,30 +92,27 @@ TEST(PosixAtomicFile, KeepsTheGroupOrItsPermissionsToItself) {
 
 #ifndef __APPLE__
 TEST(PosixAtomicFile, KeepsTheAccessControlListAndInheritsNone) {
-    using namespace std::string_literals;
-    const std::string none(4, '\xFF');
     // Read and write for the owner and user 1234, nothing for the group and others.
-    const std::string list = "\2\0\0\0\1\0\6\0"s + none + "\2\0\6\0\xD2\4\0\0"s + "\4\0\0\0"s +
-                             none + "\x10\0\6\0"s + none + "\x20\0\0\0"s + none;
-    const ScratchFolder folder;
+    const std::uint32_t list[] = {2,   0x60001, ~0U, 0x60002, 1234, 0x00004,
+                                  ~0U, 0x60010, ~0U, 0x00020, ~0U};
     const char* const name = "system.posix_acl_access";
-    for (const char* file : {"shared", "plain"})
-        putBytes(folder / file, "old");
-    fs::permissions(folder / "plain", fs::perms(0640));
-    if (::setxattr((folder / "shared").c_str(), name, list.data(), list.size(), 0) != 0)
+    const ScratchFolder folder;
+    const fs::path shared = folder / "shared", plain = folder / "plain";
+    putBytes(shared, "old");
+    putBytes(plain, "old");
+    fs::permissions(plain, fs::perms(0640));
+    if (::setxattr(shared.c_str(), name, list, sizeof list, 0) != 0)
         GTEST_SKIP() << "this file system has no such lists";
-    ASSERT_EQ(
-        ::setxattr(folder.path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0),
-        0);
-    std::string found(list.size(), '\0');
+    ::setxattr(folder.path().c_str(), "system.posix_acl_default", list, sizeof list, 0);
     PosixAtomicFile files;
-    for (const char* file : {"shared", "plain"})
-        files.write(folder / file, "new");
-    EXPECT_EQ(::getxattr((folder / "shared").c_str(), name, found.data(), found.size()),
-              std::ssize(list));
-    EXPECT_EQ(found, list);
-    EXPECT_EQ(::getxattr((folder / "plain").c_str(), name, nullptr, 0), -1);
-    EXPECT_EQ(fs::status(folder / "plain").permissions(), fs::perms(0640));
+    files.write(shared, "new");
+    files.write(plain, "new");
+    std::uint32_t found[std::size(list)] = {};
+    EXPECT_EQ(::getxattr(shared.c_str(), name, found, sizeof found),
+              static_cast<ssize_t>(sizeof list));
+    EXPECT_TRUE(std::ranges::equal(found, list));
+    EXPECT_EQ(::getxattr(plain.c_str(), name, nullptr, 0), -1);
+    EXPECT_EQ(fs::status(plain).permissions(), fs::perms(0640));
 }
 #endif
 

@@ -2,6 +2,7 @@
 
 #include "Services/ErrorDescription.h"
 #include "Tests/Support/ScratchFolder.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
@@ -29,11 +30,10 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
     putBytes(folder / "large", "{}");
     std::filesystem::resize_file(folder / "large", (4U << 20) + 1);
     // Longer once it is written with all its members.
-    std::string notes;
+    std::string notes = R"({"channels":[{"kind":"wave","notes":[{"pitch":60,"start":0,"length":1})";
     for (int count = 0; count < 50'000; ++count)
-        notes += R"({"pitch":60,"start":0,"length":1},)";
-    putBytes(folder / "short", R"({"channels":[{"kind":"wave","notes":[)" + notes +
-                                   R"({"pitch":60,"start":0,"length":1}]}]})");
+        notes += R"(,{"pitch":60,"start":0,"length":1})";
+    putBytes(folder / "short", notes + "]}]}");
     std::filesystem::create_symlink("loop", folder / "loop");
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(readingError(folder / "missing"), "No such file or directory");
@@ -51,18 +51,13 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
 TEST(ProjectStore, WaitsForAnotherProcessToGiveUpItsLease) {
     const ScratchFolder folder;
     putBytes(folder / "song", "{}");
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
     const pid_t holder = ::fork();
     if (holder == 0) {
-        const int file = ::open((folder / "song").c_str(), O_RDWR);
-        const bool isHeld = ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
-        static_cast<void>(::write(ready[1], &isHeld, 1) == 1);
+        if (::fcntl(::open((folder / "song").c_str(), O_RDWR), F_SETLEASE, F_WRLCK) == 0)
+            putBytes(folder / "held", "");
         ::pause(); // Until the system asks for the lease, by a signal that ends the process.
     }
-    bool isHeld = false;
-    ASSERT_EQ(::read(ready[0], &isHeld, 1), 1);
-    EXPECT_TRUE(isHeld);
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(folder / "held"); }));
     EXPECT_EQ(readingError(folder / "song"), "");
     ::kill(holder, SIGKILL);
     ::waitpid(holder, nullptr, 0);
