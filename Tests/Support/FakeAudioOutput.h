@@ -30,8 +30,8 @@ public:
     double sampleRate() override { return rate; }
 
     void setSource(double sampleRate, Source source) override {
-        if (m_source)
-            throw std::logic_error("there is a source already");
+        if (m_running)
+            throw std::logic_error("the source is in use");
         sourceRate = sampleRate;
         m_source = std::move(source);
     }
