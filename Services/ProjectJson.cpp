@@ -44,8 +44,8 @@ const char* kindOf(const json& value) {
     return std::abs(value.get<double>()) < 0x1p63 ? "a fraction" : "a number that is too large";
 }
 
-/// A value of the file, which knows its place there; a missing one is null. What reads it throws
-/// `DecodingError` for a value of another kind, or for a missing one where there is no fallback.
+/// A value of the file and its place there, which errors tell. A missing member is null. Reading a
+/// value of the wrong kind throws `DecodingError`, and so does a missing one without a fallback.
 class Value {
 public:
     explicit Value(const json& document) : m_json(document) {}
@@ -125,7 +125,7 @@ private:
 
     const json& m_json;
     const Value* m_parent = nullptr;
-    /// In its object, or nothing for an element of a list.
+    /// The member's name; null for an element of a list.
     const char* m_name = nullptr;
     std::size_t m_index = 0;
 };
@@ -152,7 +152,7 @@ Channel readChannel(const Value& value) {
     return channel;
 }
 
-/// One identifier twice, as from copying by hand, would make two notes move as one.
+/// Two notes with one identifier, as after copying by hand, would be moved and deleted as one.
 void makeIdentifiersUnique(Project& project) {
     std::unordered_set<Uuid> taken;
     for (Channel& channel : project.channels) {
