@@ -103,9 +103,9 @@ TEST(PosixAtomicFile, KeepsTheAccessControlListAndInheritsNone) {
     fs::permissions(plain, fs::perms(0640));
     if (::setxattr(shared.c_str(), name, list, sizeof list, 0) != 0)
         GTEST_SKIP() << "this file system has no such lists";
-    ::setxattr(folder.path().c_str(), "system.posix_acl_default", list, sizeof list, 0);
     PosixAtomicFile files;
     files.write(shared, "new");
+    ::setxattr(folder.path().c_str(), "system.posix_acl_default", list, sizeof list, 0);
     files.write(plain, "new");
     std::uint32_t found[std::size(list)] = {};
     EXPECT_EQ(::getxattr(shared.c_str(), name, found, sizeof found),
