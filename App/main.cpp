@@ -31,9 +31,9 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Mossbit"));
     QApplication::setApplicationVersion(QStringLiteral(MOSSBIT_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.quillark.mossbit"));
-    // The theme has it where Mossbit is installed; the program's own serves where it is not.
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.quillark.mossbit"),
-                                                 QIcon(QStringLiteral(":/256.png"))));
+    // Not by name from the icon theme, whose index takes long to read. Where Mossbit is installed,
+    // the desktop itself finds the icon in every size by the desktop file's name.
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/64.png")));
     mossbit::applyTheme(application);
     mossbit::MossbitApp mossbit;
     // Not the application's own list, which has no place for names that are no UTF-8.
