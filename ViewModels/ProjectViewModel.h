@@ -119,6 +119,8 @@ public:
 
     void newProject();
     void open();
+    /// Opens a file as a new song that has no file yet.
+    void openCopy(const std::filesystem::path& url);
     /// Opens without asking about unsaved changes.
     void open(const std::filesystem::path& url);
     /// Opens a file that the system handed over, after asking about unsaved changes; if a dialog is
@@ -204,6 +206,7 @@ private:
     bool isInOwnFile() const;
     bool secureSong();
     std::optional<Project> read(const std::filesystem::path& url);
+    void startUntitled(Project project);
     void open(const std::filesystem::path& url, Consent consent);
     bool replaceDocument(Project project, std::optional<std::filesystem::path> url,
                          Consent consent);

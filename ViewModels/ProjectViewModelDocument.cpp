@@ -59,8 +59,17 @@ std::string ProjectViewModel::documentName() const {
 // Replacing the document.
 
 void ProjectViewModel::newProject() {
+    startUntitled(Project());
+}
+
+void ProjectViewModel::openCopy(const fs::path& url) {
+    if (std::optional<Project> project = read(url))
+        startUntitled(std::move(*project));
+}
+
+void ProjectViewModel::startUntitled(Project project) {
     const Consent consent = confirmDiscardIfNeeded();
-    if (consent != Consent::refused && replaceDocument(Project(), std::nullopt, consent))
+    if (consent != Consent::refused && replaceDocument(std::move(project), std::nullopt, consent))
         writeAutosave();
 }
 
