@@ -1,5 +1,6 @@
 #include "App/MossbitCommands.h"
 
+#include "App/HelpMenu.h"
 #include "ViewModels/ProjectViewModel.h"
 #include "Views/DisplayNames.h"
 
@@ -8,7 +9,6 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 
 namespace mossbit {
 
@@ -17,7 +17,7 @@ MossbitCommands::MossbitCommands(ProjectViewModel& vm, QMainWindow& window)
     addFileMenu();
     addEditMenu();
     addPlaybackMenu();
-    addHelpMenu();
+    fillHelpMenu(*m_window.menuBar()->addMenu(tr("&Help")), vm, window);
     for (const auto changed :
          {&ProjectViewModel::isPlayingChanged, &ProjectViewModel::isEditingTextChanged,
           &ProjectViewModel::selectionChanged, &ProjectViewModel::historyChanged})
@@ -89,12 +89,6 @@ void MossbitCommands::addPlaybackMenu() {
     }
 }
 
-void MossbitCommands::addHelpMenu() {
-    QMenu& menu = *m_window.menuBar()->addMenu(tr("&Help"));
-    QAction* const about = menu.addAction(tr("About Mossbit"), this, &MossbitCommands::showAbout);
-    about->setMenuRole(QAction::AboutRole);
-}
-
 void MossbitCommands::followViewModel() {
     const bool editingText = m_vm.isEditingText();
     m_undo->setEnabled(m_vm.canUndo());
@@ -104,19 +98,6 @@ void MossbitCommands::followViewModel() {
     m_selectAll->setEnabled(!editingText);
     m_play->setEnabled(!editingText);
     m_play->setText(m_vm.isPlaying() ? tr("Stop") : tr("Play"));
-}
-
-void MossbitCommands::showAbout() {
-    auto* const box = new QMessageBox(&m_window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowTitle(tr("About Mossbit"));
-    box->setIconPixmap(m_window.windowIcon().pixmap(64));
-    box->setTextFormat(Qt::PlainText);
-    box->setText(tr("Mossbit %1").arg(QCoreApplication::applicationVersion()));
-    box->setInformativeText(tr("Chip music on a piano roll.\n\n"
-                               "© 2026 The Mossbit developers\n"
-                               "Free software under the MIT License,\nwithout any warranty."));
-    box->open();
 }
 
 } // namespace mossbit

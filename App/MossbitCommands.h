@@ -25,11 +25,9 @@ private:
     void addFileMenu();
     void addEditMenu();
     void addPlaybackMenu();
-    void addHelpMenu();
     QAction* add(QMenu& menu, const QString& title, const QKeySequence& shortcut,
                  Operation operation);
     void followViewModel();
-    void showAbout();
 
     ProjectViewModel& m_vm;
     QMainWindow& m_window;

@@ -11,6 +11,7 @@
 #include <QDropEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
@@ -94,7 +95,7 @@ TEST_F(ShownWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
 }
 
 struct MenuBar : ShownWindow {
-    QAction& item(const QString& title) {
+    QAction& item(const QString& title) const {
         for (const QAction* menu : window.menuBar()->actions())
             for (QAction* action : menu->menu()->actions())
                 if (action->text() == title)
@@ -119,7 +120,7 @@ TEST_F(MenuBar, ListsEveryCommandWithItsKeys) {
               "Select All Notes Ctrl+A\n"
               "&Playback: Play Space Toggle Loop Ctrl+L | Select PULSE 1 Ctrl+1 "
               "Select PULSE 2 Ctrl+2 Select WAVE Ctrl+3 Select NOISE Ctrl+4\n"
-              "&Help: About Mossbit");
+              "&Help: Mouse and Keys Open Example | About Mossbit");
 }
 
 TEST_F(MenuBar, DimsWhatCannotBeDone) {
@@ -208,6 +209,29 @@ TEST_F(ShownWindow, TakesARepetitionThatQtTookForANewPressAsARepetition) {
         send(QEvent::KeyPress, c.scanCode, c.time);
         EXPECT_EQ(recorder.presses, c.isNew ? "pressed " : "repeated ");
     }
+}
+
+TEST_F(MenuBar, OpensExamplesAsUntitledCopies) {
+    QAction& first = *item("Open Example").menu()->actions().first();
+    EXPECT_EQ(first.text(), "A Beginning");
+    model->addNote(60, 0);
+    first.trigger();
+    EXPECT_EQ(harness.dialogs.takeShown().size(), 1U) << "the note is not lost";
+    EXPECT_EQ(model->selectedChannel().notes.size(), 1U);
+    model->deleteSelection();
+    first.trigger();
+    EXPECT_GT(model->selectedChannel().notes.size(), 1U);
+    EXPECT_FALSE(model->fileURL());
+    EXPECT_FALSE(model->hasUnsavedChanges());
+    EXPECT_EQ(saved(harness.autosave), model->project());
+}
+
+TEST_F(MenuBar, ShowsTheMouseAndAllKeys) {
+    item("Mouse and Keys").trigger();
+    const auto* box = window.findChild<QMessageBox*>();
+    ASSERT_NE(box, nullptr);
+    for (const char* text : {"drag its right end", "<td>Ctrl+L</td>", "<td>Backspace, Del</td>"})
+        EXPECT_TRUE(box->text().contains(text)) << box->text().toStdString();
 }
 
 TEST_F(MenuBar, FileItemsReachTheViewModel) {
