@@ -1,6 +1,7 @@
 #include "Tests/Support/WindowHarness.h"
 
 #include <QAccessible>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -61,7 +62,11 @@ TEST_F(ControlAccessibility, ActsLikeAClickAndTellsTheState) {
     act("NOISE");
     EXPECT_EQ(window.vm->selectedChannelIndex(), 3);
     act("Play");
-    EXPECT_TRUE(window.vm->isPlaying());
+    EXPECT_TRUE(window.vm->isPlaying() && isChecked("Play"));
+    act("Stop");
+    // Qt shows a button pressed for a moment first.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window.vm->isPlaying(); }));
+    EXPECT_FALSE(isChecked("Play"));
     act("Loop");
     EXPECT_EQ(isChecked("Loop"), window.vm->project().loop);
 
