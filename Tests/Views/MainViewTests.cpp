@@ -83,15 +83,14 @@ QString toolTip(const QWidget* widget) {
 TEST(MainView, HasOneTabStopForAGroupAndExplainsEveryControl) {
     WindowHarness window;
     QStringList names;
-    do {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    const auto tab = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); };
+    for (tab(); !window.roll().hasFocus() && names.size() < 60; tab())
         names.push_back(QApplication::focusWidget()->accessibleName());
-    } while (names.back() != "Piano roll, PULSE 1" && names.size() < 60);
     EXPECT_EQ(names.join(", ").toStdString(),
               "PULSE 1, PULSE 1 mute, PULSE 1 volume, PULSE 2 mute, PULSE 2 volume, "
               "WAVE mute, WAVE volume, NOISE mute, NOISE volume, Duty 50%, Play, Stop, "
               "Decrease tempo, Tempo 120, Increase tempo, Loop, Bars 4, Grid 1/16, "
-              "Zoom out, Zoom in, Piano roll, PULSE 1");
+              "Zoom out, Zoom in");
     for (const QWidget* control : shownControls(window))
         EXPECT_EQ(toolTip(control).isEmpty(), control->accessibleName() == "PULSE 1")
             << "only on what a click changes: " << control->accessibleName().toStdString();
