@@ -3,6 +3,9 @@
 #include "UI/PixelPainter.h"
 #include "UI/Theme.h"
 
+#include <QApplication>
+#include <QIcon>
+#include <QImage>
 #include <QStyleOptionSlider>
 
 #include <algorithm>
@@ -31,25 +34,44 @@ QRect thumbRect(const QStyleOptionSlider& bar) {
 
 void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
     PixelPainter pixels(painter);
-    const bool horizontal = bar.orientation == Qt::Horizontal;
-    pixels.fill(bar.rect, Palette::background);
-    pixels.edge(bar.rect, horizontal ? Qt::TopEdge : Qt::LeftEdge, Palette::line);
+    pixels.fill(bar.rect, Palette::well);
     if (bar.maximum <= bar.minimum)
         return;
     const bool active = (bar.activeSubControls & QStyle::SC_ScrollBarSlider) &&
                         (bar.state & (QStyle::State_MouseOver | QStyle::State_Sunken));
-    // Three points of track on either side; one of them, towards the content, is the line.
-    const QRect thumb =
-        horizontal ? thumbRect(bar).adjusted(2, 4, -2, -3) : thumbRect(bar).adjusted(4, 2, -3, -2);
-    pixels.fill(thumb, active ? Palette::textDim : Palette::line);
+    const QRect thumb = bar.orientation == Qt::Horizontal ? thumbRect(bar).adjusted(2, 4, -2, -4)
+                                                          : thumbRect(bar).adjusted(4, 2, -4, -2);
+    pixels.fill(thumb, active ? Palette::text : Palette::textDim);
 }
 
-/// Where the lines of the two scroll bars meet.
-void drawScrollCorner(const QRect& rect, QPainter& painter) {
+/// The face of a push button or a combo box, as `PixelButton` has it.
+void drawFace(const QStyleOption& option, bool isDefault, QPainter& painter) {
     PixelPainter pixels(painter);
-    pixels.fill(rect, Palette::background);
-    const int line = pixels.thickness(1);
-    pixels.fillPixels({pixels.toDevice(rect).topLeft(), QSize(line, line)}, Palette::line);
+    const bool hovered = (option.state & QStyle::State_Enabled) &&
+                         (option.state & (QStyle::State_MouseOver | QStyle::State_Sunken));
+    const bool focused = option.state & QStyle::State_HasFocus;
+    pixels.fill(option.rect, hovered ? Palette::line : Palette::panel);
+    pixels.pixelBorder(option.rect, focused     ? Palette::text
+                                    : isDefault ? Palette::textDim
+                                                : Palette::line);
+}
+
+/// The same icon in two flat colours.
+QIcon flattened(const QIcon& icon) {
+    constexpr int opaque = 128;
+    constexpr int bright = 200;
+    QIcon flat;
+    for (const QSize& size : icon.availableSizes()) {
+        QImage image = icon.pixmap(size).toImage().convertToFormat(QImage::Format_ARGB32);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const QRgb pixel = image.pixel(x, y);
+                const QColor color = qGray(pixel) < bright ? Palette::textDim : Palette::text;
+                image.setPixel(x, y, qAlpha(pixel) < opaque ? 0 : color.rgb());
+            }
+        flat.addPixmap(QPixmap::fromImage(image));
+    }
+    return flat;
 }
 
 /// The base style ends the menu bar in a line of a colour of its own.
@@ -66,15 +88,30 @@ PixelStyle::PixelStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 void PixelStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                                     QPainter* painter, const QWidget* widget) const {
     const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
-    if (control == CC_ScrollBar && bar != nullptr)
+    if (control == CC_ScrollBar && bar != nullptr) {
         drawScrollBar(*bar, *painter);
-    else
+    } else if (control == CC_ComboBox) {
+        drawFace(*option, false, *painter);
+        QStyleOption arrow(*option);
+        arrow.rect.setLeft(arrow.rect.right() - arrow.rect.height());
+        drawPrimitive(PE_IndicatorArrowDown, &arrow, painter, widget);
+    } else {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
+    }
 }
 
 void PixelStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                              const QWidget* widget) const {
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (element == CE_Splitter)
+        return;
+    if (element == CE_HeaderSection || element == CE_HeaderEmptyArea) {
+        PixelPainter pixels(*painter);
+        pixels.fill(option->rect, Palette::panel);
+        pixels.edge(option->rect, Qt::RightEdge, Palette::line);
+        pixels.edge(option->rect, Qt::BottomEdge, Palette::line);
+        return;
+    }
     if (element == CE_MenuBarItem || element == CE_MenuBarEmptyArea) {
         QProxyStyle::drawControl(element, option, painter, widget);
         if (!(option->state & State_Sunken))
@@ -95,9 +132,24 @@ void PixelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
                                QPainter* painter, const QWidget* widget) const {
     switch (element) {
     case PE_PanelScrollAreaCorner:
-        drawScrollCorner(option->rect, *painter);
+        painter->fillRect(option->rect, Palette::well);
         return;
     case PE_FrameMenu:
+        return;
+    case PE_PanelButtonCommand: {
+        const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+        drawFace(*option, button && (button->features & QStyleOptionButton::DefaultButton),
+                 *painter);
+        return;
+    }
+    case PE_PanelButtonTool:
+        if (option->state & State_Enabled && option->state & (State_MouseOver | State_Sunken))
+            painter->fillRect(option->rect, Palette::line);
+        return;
+    case PE_Frame:
+    case PE_FrameLineEdit:
+        PixelPainter(*painter).pixelBorder(
+            option->rect, option->state & State_HasFocus ? Palette::text : Palette::line);
         return;
     case PE_PanelMenu:
     case PE_PanelTipLabel: {
@@ -119,11 +171,19 @@ int PixelStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
     case PM_ScrollBarSliderMin:
         return shortestThumb;
     case PM_MenuPanelWidth:
-        // The highlight must not cover the outline.
-        return 1;
+        // The highlight must not cover the outline, which is up to 1.5 points wide.
+        return 2;
     default:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }
+}
+
+QIcon PixelStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                               const QWidget* widget) const {
+    // A dialog's title and text say what it is about.
+    if (which == SP_MessageBoxWarning)
+        return QApplication::windowIcon();
+    return flattened(QProxyStyle::standardIcon(which, option, widget));
 }
 
 int PixelStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

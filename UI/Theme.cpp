@@ -64,8 +64,9 @@ QPalette darkPalette() {
     QPalette palette(Palette::text, Palette::panel, Palette::line, Palette::background,
                      Palette::textDim, Palette::text, Palette::text, Palette::well, Palette::panel);
     palette.setColor(QPalette::AlternateBase, Palette::background);
-    palette.setColor(QPalette::Highlight, Palette::accent(ChannelKind::pulse2));
-    palette.setColor(QPalette::HighlightedText, Palette::background);
+    // Between `line` and `textDim`; the accents stand for channels.
+    palette.setColor(QPalette::Highlight, {77, 88, 114});
+    palette.setColor(QPalette::HighlightedText, Palette::text);
     palette.setColor(QPalette::Link, Palette::accent(ChannelKind::pulse2));
     palette.setColor(QPalette::LinkVisited, Palette::accent(ChannelKind::wave));
     palette.setColor(QPalette::ToolTipBase, Palette::well);
