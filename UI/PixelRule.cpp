@@ -14,11 +14,9 @@ PixelRule::PixelRule(int width, int height, QWidget* parent) : QFrame(parent) {
 void PixelRule::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     PixelPainter pixels(painter);
-    if (height() == 1)
-        // All of it: between device pixels it may be more than a line, and less would be a seam.
-        pixels.fill(rect(), Palette::line);
-    else
-        pixels.edge(rect(), Qt::LeftEdge, Palette::line, width());
+    // Between device pixels a point may be more than a line.
+    pixels.fill(rect(), palette().color(backgroundRole()));
+    pixels.edge(rect(), height() == 1 ? Qt::BottomEdge : Qt::LeftEdge, Palette::line);
 }
 
 } // namespace mossbit

@@ -56,7 +56,9 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     column->addWidget(m_transport);
     column->addWidget(new PixelRule(0, 1, this));
     column->addWidget(m_pianoRoll, 1);
-    column->addWidget(new PixelRule(0, 1, this));
+    auto* lowerRule = new PixelRule(0, 1, this);
+    lowerRule->setBackgroundRole(QPalette::Base);
+    column->addWidget(lowerRule);
     column->addWidget(new ChannelBarView(vm, this));
     m_hint->raise();
     m_pianoRoll->setFocus();
