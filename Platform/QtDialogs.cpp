@@ -4,11 +4,13 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QTreeView>
 
 #include <algorithm>
 #include <array>
@@ -38,6 +40,11 @@ bool endsInExtensionOf(FileKind kind, const QString& name) {
 /// Shows the panel until it is closed. Not `exec`, for which a desktop's own panel may run a main
 /// loop of its toolkit, where nothing of Qt can end it.
 std::optional<QString> run(QFileDialog& panel) {
+    // Qt's own panel, where the desktop has none, would cut off dates and types.
+    if (const auto* files = panel.findChild<QTreeView*>()) {
+        files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        panel.resize(760, 480);
+    }
     QEventLoop loop;
     QObject::connect(&panel, &QDialog::finished, &loop, &QEventLoop::quit);
     panel.open();
