@@ -61,6 +61,7 @@ void KeyColumn::paintEvent(QPaintEvent* event) {
             paintPitchRow(pixels, rect, m_geometry.pitch(row));
     }
     pixels.edge({0, 0, width, m_geometry.height()}, Qt::RightEdge, Palette::line);
+    pixels.edge({0, m_geometry.height(), width, 1}, Qt::TopEdge, Palette::line);
 }
 
 void KeyColumn::paintPitchRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const {

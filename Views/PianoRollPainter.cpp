@@ -50,6 +50,8 @@ void PianoRollPainter::paint(const Project& project, int channelIndex,
     tickLines(ticksPerBeat, withOpacity(Palette::line, 0.8));
     tickLines(ticksPerBar, barLine);
     endLine(barLine);
+    // Below the last row, in a window taller than the grid.
+    m_pixels.edge({0, m_geometry.height(), m_geometry.width(), 1}, Qt::TopEdge, Palette::line);
     ghostNotes(project, channelIndex);
     notes(project.channels[static_cast<std::size_t>(channelIndex)], selection);
     barNumbers();

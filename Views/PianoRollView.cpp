@@ -42,17 +42,6 @@ protected:
     }
 };
 
-/// Goes on with the empty background beside a scroll bar.
-QWidget* makeWell(int width) {
-    auto* well = new QWidget;
-    QPalette palette;
-    palette.setColor(QPalette::Window, Palette::well);
-    well->setPalette(palette);
-    well->setAutoFillBackground(true);
-    well->setMinimumWidth(width);
-    return well;
-}
-
 int scrollRange(double content, int visible) {
     // The grid that fits exactly must not become scrollable by a rounding error.
     constexpr double tolerance = 1e-6;
@@ -79,8 +68,11 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setViewportMargins(static_cast<int>(PianoRollGeometry::keyWidth), 0, 0, 0);
-    addScrollBarWidget(makeWell(static_cast<int>(PianoRollGeometry::keyWidth)), Qt::AlignLeft);
-    setCornerWidget(makeWell(0));
+    auto* underKeys = new QWidget;
+    underKeys->setFixedWidth(static_cast<int>(PianoRollGeometry::keyWidth));
+    underKeys->setBackgroundRole(QPalette::Base);
+    underKeys->setAutoFillBackground(true);
+    addScrollBarWidget(underKeys, Qt::AlignLeft);
     horizontalScrollBar()->setAccessibleName(tr("Horizontal scroll bar"));
     verticalScrollBar()->setAccessibleName(tr("Vertical scroll bar"));
     verticalScrollBar()->setSingleStep(verticalStep);
