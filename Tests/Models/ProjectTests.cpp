@@ -49,6 +49,7 @@ TEST(Uuid, ReadsOnlyTheStandardTextForm) {
     EXPECT_EQ(uuid->bytes[0], 0x8B);
     EXPECT_EQ(uuid->text(), text);
     EXPECT_EQ(Uuid::parse("8b1f3c2e-5d4a-4e7b-9c10-2f6a8d4e1b37"), uuid);
+    EXPECT_EQ(Uuid::random().text()[14], '4') << "the version of random ones";
     using namespace std::string_view_literals;
     for (const std::string_view bad :
          {""sv, "8B1F3C2E-5D4A-4E7B-9C10-2F6A8D4E1B3"sv, "8B1F3C2E-5D4A-4E7B-9C10-2F6A8D4E1B377"sv,

@@ -68,6 +68,7 @@ TEST(PosixAtomicFile, KeepsTheGroupOrItsPermissionsToItself) {
     constexpr gid_t group = 2000;
     const ScratchFolder folder;
     fs::permissions(folder.path(), fs::perms::all);
+    putBytes(folder / "locked", "somebody else's");
     for (const bool isMember : {true, false}) {
         const fs::path file = folder / (isMember ? "member" : "stranger");
         putBytes(file, "old");
@@ -78,7 +79,10 @@ TEST(PosixAtomicFile, KeepsTheGroupOrItsPermissionsToItself) {
             PosixAtomicFile files;
             const bool became = ::setgroups(isMember ? 1 : 0, &group) == 0 &&
                                 ::setgid(owner) == 0 && ::setuid(owner) == 0;
-            ::_exit(became && writeError(files, file) == 0 ? 0 : 1);
+            ::_exit(became && writeError(files, file) == 0 &&
+                            writeError(files, folder / "locked") == EACCES
+                        ? 0
+                        : 1);
         }
         int status = 1;
         ::waitpid(child, &status, 0);
@@ -124,6 +128,7 @@ TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {
     fs::create_symlink("songs/deep/up", folder / "chain");
     fs::create_symlink(folder / "songs/missing", folder / "dangling");
     fs::create_symlink("loop", folder / "loop");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     PosixAtomicFile files;
     files.write(folder / "chain", "new");
     files.write(folder / "dangling", "made");
@@ -131,6 +136,7 @@ TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {
     EXPECT_EQ(bytesOf(folder / "songs/missing"), "made");
     EXPECT_TRUE(fs::is_symlink(folder / "chain") && fs::is_symlink(folder / "songs/deep/up"));
     EXPECT_EQ(writeError(files, folder / "loop"), ELOOP);
+    EXPECT_EQ(writeError(files, folder / "pipe"), ENOTSUP);
 }
 
 TEST(PosixAtomicFile, LeavesEverythingAsItWasWhenAStepFails) {
@@ -163,8 +169,13 @@ TEST(PosixAtomicFile, LeavesEverythingAsItWasWhenAStepFails) {
 
 TEST(PosixAtomicFile, WritesAllAndSyncsItBeforeAndTheFolderAfterTheRename) {
     const ScratchFolder folder;
+    putBytes(folder / "file", "old");
     std::vector<std::string> steps;
     PosixFileCalls calls = PosixFileCalls::real();
+    calls.open = [](const char* path, int flags, mode_t mode) {
+        EXPECT_EQ(mode & 0077U, 0U) << "others could read what replaces a private file";
+        return ::open(path, flags, mode);
+    };
     // Interrupted now and then, and never taking more than three bytes at once.
     calls.write = [turn = 0](int descriptor, const void* bytes, std::size_t count) mutable {
         errno = EINTR;
