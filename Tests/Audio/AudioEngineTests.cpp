@@ -69,5 +69,16 @@ TEST_F(AudioEngineTest, AnEditIsHeardFromTheNextBlockOnWithoutMovingThePlayhead)
     EXPECT_EQ(output.pull(80000), rendered(reference, 80000));
 }
 
+TEST_F(AudioEngineTest, LogsWhyADeviceDoesNotStart) {
+    output.startError = "busy";
+    engine.play(first);
+    EXPECT_FALSE(engine.isPlaying());
+    EXPECT_EQ(log.lines, std::vector<std::string>{"Mossbit: audio engine failed to start — busy"});
+    output.startError.clear();
+    engine.play(first);
+    EXPECT_TRUE(engine.isPlaying());
+    EXPECT_EQ(log.lines.size(), 1);
+}
+
 } // namespace
 } // namespace mossbit

@@ -1,54 +1,67 @@
 #pragma once
 
-#include "Audio/AudioEngine.h"
+#include "Platform/SdlAudioOutput.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <gtest/gtest.h>
+
 #include <atomic>
-#include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <span>
-#include <utility>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
-/// Compares what came out of a sound device with what the core renders.
 namespace mossbit {
 
-/// A real output that keeps what its source gives. The source's callback must not allocate.
-class WatchedOutput : public AudioOutput {
+/// A source whose samples count the frames, so that every place can be told by its sound.
+class CountingSource {
 public:
-    explicit WatchedOutput(AudioOutput& real);
+    /// A number of frames as a sample; exact, and below full scale for minutes.
+    static float sampleAt(int frame) { return static_cast<float>(frame) / (1 << 23); }
 
-    /// Frames that the device has pulled so far.
-    std::size_t frames() const { return m_frames; }
-    std::span<const float> given() const { return std::span(m_given).first(m_frames); }
-    /// Waits until the device has pulled so many frames more; false if it does not.
-    bool waitFor(std::size_t frames) const;
+    /// Frames given so far.
+    int frames() const { return m_frames; }
 
-    double sampleRate() override { return m_real.sampleRate(); }
-    void setSource(double sampleRate, Source source) override;
-    bool isRunning() const override { return m_real.isRunning(); }
-    void start() override { m_real.start(); }
-    void stop() override { m_real.stop(); }
+    /// Waits until so many more are given; false if they are not.
+    bool waitFor(int frames) const {
+        return waitUntil([this, end = m_frames + frames] { return m_frames >= end; });
+    }
+
+    AudioOutput::Source source() {
+        return [this](std::span<float> into) {
+            for (float& sample : into)
+                sample = sampleAt(++m_frames);
+        };
+    }
 
 private:
-    AudioOutput& m_real;
-    std::vector<float> m_given;
-    std::atomic<std::size_t> m_frames = 0;
+    std::atomic<int> m_frames = 0;
 };
 
-/// Eight bars of which no two are equal, so that every place can be told by its sound.
-Project unmistakableSong();
+/// Why the output did not start, or nothing.
+inline std::string startFailure(SdlAudioOutput& output) {
+    try {
+        output.start();
+        return "";
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
 
-/// What a person does while the device pulls: play, edit, stop, play again, for `frames` frames
-/// each. Checks that the device started and got the song from its first sample on.
-void playSession(WatchedOutput& output, std::size_t frames);
-
-/// The left channel of a file of interleaved 32-bit float frames, which the right one must equal.
-/// An incomplete frame at the end is left out.
-std::vector<float> readRecording(const std::filesystem::path& file);
-
-/// How many of the samples that were given a recording holds, in their order and bit for bit.
-/// Silence may lie between; if there is anything else, 0.
-std::size_t found(std::span<const float> recorded, std::span<const float> given);
+/// What is not silence in a file of interleaved 32-bit float frames: its left channel, which the
+/// right one must equal. An incomplete frame at the end is left out.
+inline std::vector<float> readRecording(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::vector<float> left;
+    float frame[2];
+    while (stream.read(reinterpret_cast<char*>(frame), sizeof frame)) {
+        EXPECT_EQ(frame[0], frame[1]);
+        if (frame[0] != 0)
+            left.push_back(frame[0]);
+    }
+    return left;
+}
 
 } // namespace mossbit
