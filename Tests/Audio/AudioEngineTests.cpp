@@ -69,6 +69,15 @@ TEST_F(AudioEngineTest, AnEditIsHeardFromTheNextBlockOnWithoutMovingThePlayhead)
     EXPECT_EQ(output.pull(80000), rendered(reference, 80000));
 }
 
+TEST_F(AudioEngineTest, PlayingAgainBeginsTheNewSong) {
+    engine.play(first);
+    output.pull(13000);
+    engine.play(second);
+    EXPECT_EQ(engine.playheadTick(), -1);
+    ChipCore reference(compiled(second), 48000);
+    EXPECT_EQ(output.pull(13000), rendered(reference, 13000));
+}
+
 TEST_F(AudioEngineTest, LogsWhyADeviceDoesNotStart) {
     output.startError = "busy";
     engine.play(first);
