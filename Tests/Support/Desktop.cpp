@@ -1,10 +1,7 @@
 #include "Tests/Support/Desktop.h"
 
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
-
-#include <arpa/inet.h>
 
 namespace mossbit {
 
@@ -17,12 +14,6 @@ void require(bool cameUp, const char* what) {
 
 std::string firstLine(const std::string& text) {
     return text.substr(0, text.find('\n'));
-}
-
-/// What follows `key` in the output of xwininfo.
-int numberAfter(const std::string& text, const std::string& key) {
-    const std::size_t at = text.find(key);
-    return at == std::string::npos ? 0 : std::atoi(text.c_str() + at + key.size());
 }
 
 } // namespace
@@ -41,10 +32,8 @@ Desktop::Desktop() {
 
 void Desktop::startScreen() {
     const auto number = m_files / "display";
-    // The picture in a file of its own can be looked at without asking the server.
     m_screen.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0",
-                                              "1600x1200x24", "-fbdir", m_files.path(), "-nolisten",
-                                              "tcp", "-noreset"},
+                                              "1600x1200x24", "-nolisten", "tcp", "-noreset"},
                      number);
     require(waitUntil([&] { return bytesOf(number).ends_with('\n'); }), "Xvfb");
     setenv("DISPLAY", (':' + firstLine(bytesOf(number))).c_str(), 1);
@@ -65,26 +54,14 @@ std::string Desktop::outputOf(const std::vector<std::string>& command) const {
     return bytesOf(file);
 }
 
-std::optional<Desktop::Window> Desktop::activeWindow() const {
-    const std::string id = firstLine(outputOf({"xdotool", "getactivewindow"}));
-    if (id.empty())
-        return std::nullopt;
-    const std::string info = outputOf({"xwininfo", "-id", id});
-    if (info.find("IsViewable") == std::string::npos)
-        return std::nullopt;
-    return Window{.id = id,
-                  .x = numberAfter(info, "Absolute upper-left X:"),
-                  .y = numberAfter(info, "Absolute upper-left Y:"),
-                  .width = numberAfter(info, "Width:"),
-                  .height = numberAfter(info, "Height:")};
-}
-
-std::string Desktop::activeTitle() const {
-    return firstLine(outputOf({"xdotool", "getactivewindow", "getwindowname"}));
+std::string Desktop::activeWindow() const {
+    return firstLine(outputOf({"xdotool", "getactivewindow"}));
 }
 
 bool Desktop::waitForTitle(const std::string& title) const {
-    return waitUntil([&] { return activeTitle() == title; });
+    return waitUntil([&] {
+        return firstLine(outputOf({"xdotool", "getactivewindow", "getwindowname"})) == title;
+    });
 }
 
 void Desktop::run(const std::string& script) {
@@ -109,29 +86,13 @@ void Desktop::type(const std::string& text) {
     Process({"xdotool", "type", "--delay", "0", text}).wait();
 }
 
-std::optional<std::uint32_t> Desktop::pixel(Point point) const {
-    const auto window = activeWindow();
-    if (!window)
-        return std::nullopt;
-    // An XWD file: a header of big-endian words, colours of 12 bytes each, rows of blue, green,
-    // red and a spare byte.
-    constexpr std::size_t headerWords = 25;
-    std::ifstream file(m_files / "Xvfb_screen0", std::ios::binary);
-    std::uint32_t header[headerWords] = {};
-    file.read(reinterpret_cast<char*>(header), sizeof header);
-    const std::size_t rows = ntohl(header[0]) + std::size_t{12} * ntohl(header[19]);
-    const std::size_t rowBytes = ntohl(header[12]);
-    file.seekg(static_cast<std::streamoff>(
-        rows + rowBytes * static_cast<std::size_t>(window->y + point.y) +
-        std::size_t{4} * static_cast<std::size_t>(window->x + point.x)));
-    unsigned char bytes[4] = {};
-    if (!file.read(reinterpret_cast<char*>(bytes), sizeof bytes))
-        return std::nullopt;
-    return std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[1]} << 8 | bytes[0];
-}
-
-bool Desktop::waitForPixel(Point point, std::uint32_t color) const {
-    return waitUntil([&] { return pixel(point) == color; });
+bool Desktop::waitForPixel(Point point, const std::string& color) const {
+    const std::string place = "1x1+" + std::to_string(point.x) + '+' + std::to_string(point.y);
+    return waitUntil([&] {
+        return outputOf(
+                   {"import", "-window", activeWindow(), "-crop", place, "-depth", "8", "txt:-"})
+                   .find(color) != std::string::npos;
+    });
 }
 
 } // namespace mossbit

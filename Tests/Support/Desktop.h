@@ -2,7 +2,6 @@
 
 #include "Tests/Support/ScratchHome.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,27 +17,16 @@ public:
         int y = 0;
     };
 
-    /// The inside of a window's frame; the place is that on the screen.
-    struct Window {
-        std::string id;
-        int x = 0;
-        int y = 0;
-        int width = 0;
-        int height = 0;
-    };
-
     /// Throws `std::runtime_error` if a part of it does not come up.
     Desktop();
 
-    /// The window that has the keyboard; nothing while none has, or while it is just vanishing.
-    std::optional<Window> activeWindow() const;
-    /// Its title; empty if there is none.
-    std::string activeTitle() const;
+    /// The number of the window that has the keyboard, as the X tools take it.
+    std::string activeWindow() const;
     /// Waits until the window that has the keyboard has that title. False if that does not happen.
     bool waitForTitle(const std::string& title) const;
 
-    // Pointer, in the window that has the keyboard.
-    /// Presses at `from`, moves in a few steps, releases at `to`.
+    /// Presses at `from` in the window that has the keyboard, moves in a few steps, releases at
+    /// `to`.
     void drag(Point from, Point to);
 
     /// Presses and releases keys by their names: "space", "ctrl+shift+z".
@@ -51,10 +39,9 @@ public:
     /// Plays xdotool's commands, one a line.
     void run(const std::string& script);
 
-    /// What the screen shows there in the window that has the keyboard, as 0xRRGGBB. The pointer
-    /// is in the picture.
-    std::optional<std::uint32_t> pixel(Point point) const;
-    bool waitForPixel(Point point, std::uint32_t color) const;
+    /// Waits until the window that has the keyboard shows that colour, "#RRGGBB", there. False if
+    /// that does not happen.
+    bool waitForPixel(Point point, const std::string& color) const;
 
     /// What a program prints.
     std::string outputOf(const std::vector<std::string>& command) const;
