@@ -67,9 +67,12 @@ void ChannelInspector::showProject() {
     m_title->setText(title(channel.kind));
     m_title->setColor(accent);
     m_caption->setText(isWave ? tr("Preset") : isNoise ? tr("Kit") : tr("Duty"));
-    m_duty->setSelection(channel.duty);
+    // What is hidden is not changed, and nothing is told about it.
+    if (isWave)
+        m_preset->setSelection(channel.wave);
+    else if (!isNoise)
+        m_duty->setSelection(channel.duty);
     m_duty->setAccent(accent);
-    m_preset->setSelection(channel.wave);
     m_duty->setVisible(!isWave && !isNoise);
     m_preset->setVisible(isWave);
     m_drums->setVisible(isNoise);

@@ -52,17 +52,6 @@ std::optional<std::int64_t> parseTempo(const QString& text) {
     return value;
 }
 
-class TempoNumber : public PixelButton {
-public:
-    using PixelButton::PixelButton;
-
-    QSize sizeHint() const override { return {numberWidth, numberHeight}; }
-
-    void draw(PixelPainter& pixels, const QRectF& face) const override {
-        pixels.text(text(), pixelLabel(numberSize, Palette::text), face.center(), Qt::AlignHCenter);
-    }
-};
-
 PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget* parent) {
     auto* button = new PixelButton({.icon = &icon}, parent);
     button->setAccessibleName(name);
@@ -71,6 +60,30 @@ PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget
 }
 
 } // namespace
+
+/// The tempo, which a click lets type.
+class TempoNumber : public PixelButton {
+public:
+    explicit TempoNumber(QWidget* parent) : PixelButton({}, parent) {}
+
+    std::int64_t tempo() const { return m_tempo; }
+
+    void setTempo(std::int64_t tempo) {
+        m_tempo = tempo;
+        setAccessibleName(TempoControl::tr("Tempo %1").arg(tempo));
+        update();
+    }
+
+    QSize sizeHint() const override { return {numberWidth, numberHeight}; }
+
+    void draw(PixelPainter& pixels, const QRectF& face) const override {
+        pixels.text(QString::number(m_tempo), pixelLabel(numberSize, Palette::text), face.center(),
+                    Qt::AlignHCenter);
+    }
+
+private:
+    std::int64_t m_tempo = 0;
+};
 
 TempoField::TempoField(QWidget* parent) : QLineEdit(parent) {
     setAccessibleName(tr("Tempo in beats per minute"));
@@ -129,7 +142,7 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     // In reading order, which Tab and assistive tools follow.
     auto* caption = new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this);
     auto* slower = makeStepButton(PixelGlyph::minus, tr("Decrease tempo"), this);
-    m_number = new TempoNumber({}, this);
+    m_number = new TempoNumber(this);
     m_field = new TempoField(this);
     auto* faster = makeStepButton(PixelGlyph::plus, tr("Increase tempo"), this);
     m_number->setToolTip(tr("Click to type a tempo (40–300)"));
@@ -154,25 +167,23 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
     showProject();
 }
 
-// The keyboard moves on while the children go, when little of this object is left.
+// The focus changes while the children are destroyed, when this object is no longer whole.
 TempoControl::~TempoControl() {
     disconnect(qApp, nullptr, this, nullptr);
 }
 
 void TempoControl::showProject() {
     const std::int64_t tempo = m_vm.project().tempo;
-    if (tempo == m_tempo)
+    if (tempo == m_number->tempo())
         return;
-    m_tempo = tempo;
-    m_number->setText(QString::number(tempo));
-    m_number->setAccessibleName(tr("Tempo %1").arg(tempo));
+    m_number->setTempo(tempo);
     // What nobody has typed must not be committed over the new tempo.
     if (m_editingTempo && !m_field->isModified())
         fillField();
 }
 
 void TempoControl::fillField() {
-    m_field->setText(QString::number(m_tempo));
+    m_field->setText(QString::number(m_number->tempo()));
     m_field->selectAll();
 }
 

@@ -6,7 +6,7 @@
 
 namespace mossbit {
 
-class PixelButton;
+class TempoNumber;
 
 /// The entry field for a tempo, which leaves the menus their keys.
 class TempoField : public QLineEdit {
@@ -49,8 +49,7 @@ private:
     ProjectViewModel& m_vm;
     bool m_editingTempo = false;
     bool m_openedByKeyboard = false;
-    std::int64_t m_tempo = 0;
-    PixelButton* m_number = nullptr;
+    TempoNumber* m_number = nullptr;
     TempoField* m_field = nullptr;
 };
 

@@ -1,6 +1,5 @@
 #include "Tests/Support/WindowHarness.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QMessageBox>
 #include <QTest>
@@ -129,32 +128,6 @@ TEST(MainView, MarksTheKeyboardFocusAndTakesKeys) {
     press(Qt::Key_Left);
     EXPECT_EQ(window.vm->project().channels[2].volume, 10);
     expectMark("WAVE volume");
-}
-
-TEST(MainView, LetsAssistiveToolsUseItsControls) {
-    WindowHarness window;
-    const auto act = [&](const char* name, QAccessible::Role role) {
-        auto* control = QAccessible::queryAccessibleInterface(&window.control(name));
-        EXPECT_EQ(control->role(), role) << name;
-        control->actionInterface()->doAction(control->actionInterface()->actionNames().first());
-        return control->state().checked == 1;
-    };
-    EXPECT_FALSE(act("Loop", QAccessible::CheckBox));
-    EXPECT_FALSE(window.vm->project().loop);
-    EXPECT_TRUE(act("WAVE mute", QAccessible::CheckBox));
-    EXPECT_TRUE(window.vm->project().channels[2].muted);
-    EXPECT_TRUE(act("WAVE", QAccessible::RadioButton));
-    EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
-    EXPECT_TRUE(act("Grid 1/4", QAccessible::RadioButton));
-    EXPECT_EQ(window.vm->project().grid, GridDivision::quarter);
-    for (const bool plays : {true, false}) {
-        EXPECT_EQ(act("Play", QAccessible::CheckBox), plays);
-        EXPECT_EQ(window.vm->isPlaying(), plays);
-    }
-    auto* volume = QAccessible::queryAccessibleInterface(&window.control<QWidget>("WAVE volume"));
-    EXPECT_EQ(volume->role(), QAccessible::Slider);
-    volume->valueInterface()->setCurrentValue(5);
-    EXPECT_EQ(window.vm->project().channels[2].volume, 5);
 }
 
 } // namespace
