@@ -29,6 +29,14 @@ QString folderToShow(const fs::path& lastFolder) {
     return QDir(documents).exists() ? documents : QDir::homePath();
 }
 
+/// Whether the panel asks before a file with the name that it returns is replaced, whatever its
+/// options say.
+#ifdef Q_OS_MACOS
+constexpr bool panelAsksAnyway = true;
+#else
+constexpr bool panelAsksAnyway = false;
+#endif
+
 /// Song files may also be called JSON, which the open panel offers as well.
 bool endsInExtensionOf(FileKind kind, const QString& name) {
     const auto ends = [&](const char* extension) {
@@ -111,9 +119,10 @@ std::optional<fs::path> QtDialogs::runSavePanel(FileKind kind, const fs::path& p
         folderToShow(proposal.has_parent_path() ? proposal.parent_path() : m_folder));
     panel.selectFile(QFile::decodeName(proposal.filename().c_str()));
     while (auto file = run(panel)) {
-        if (!endsInExtensionOf(kind, *file))
+        const bool isComplete = endsInExtensionOf(kind, *file);
+        if (!isComplete)
             *file += QLatin1String(extensionOf(kind));
-        if (mayReplace(*file)) {
+        if ((panelAsksAnyway && isComplete) || mayReplace(*file)) {
             m_folder = toPath(*file).parent_path();
             return toPath(*file);
         }
