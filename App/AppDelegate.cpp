@@ -27,7 +27,7 @@ void AppDelegate::open(const std::vector<std::filesystem::path>& urls) {
         m_heldURLs.push_back(urls.front());
         return;
     }
-    // In front first: the prompt about unsaved work belongs to the window.
+    // The window comes to the front first, because the prompt about unsaved work belongs to it.
     m_activate();
     m_viewModel->openHandedOver(urls.front());
 }

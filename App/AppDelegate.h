@@ -23,8 +23,8 @@ public:
     /// Saves everything. Does so once, however many ways of ending come together.
     void applicationWillTerminate();
 
-    /// Opens the first of the files that one request hands over. Without a view model it waits for
-    /// one.
+    /// Opens the first of the files that one request hands over; before there is a view model, as
+    /// soon as there is one.
     void open(const std::vector<std::filesystem::path>& urls);
 
     /// The window has appeared; from now on there is a document to act on.

@@ -6,14 +6,14 @@ namespace mossbit {
 
 class ProjectViewModel;
 
-/// The one window: the menu bar above the content, titled with the document.
+/// The one window. It shows the menu bar above the content and is titled with the document's name.
 class DocumentWindow : public QMainWindow {
     Q_OBJECT
 
 public:
     explicit DocumentWindow(ProjectViewModel& vm);
 
-    /// To the front, out of the task bar if need be.
+    /// Brings the window to the front, out of the task bar if need be.
     void bringToFront();
 
 Q_SIGNALS:

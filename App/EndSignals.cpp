@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::array endSignals = {SIGTERM, SIGINT, SIGHUP};
 
-/// Read end, write end. Global because a handler is given nothing else, and may do little more than
-/// write to it.
+/// The pipe's read end and write end. They are global because a signal handler has no parameter for
+/// them, and a pipe because a handler may do little more than write.
 std::array<int, 2> pipeEnds = {-1, -1};
 
 extern "C" void handleEndSignal(int) {
@@ -25,7 +25,7 @@ extern "C" void handleEndSignal(int) {
     errno = error;
 }
 
-/// A signal that is ignored from the start stays so: `nohup` means it.
+/// A signal that is ignored from the start stays ignored, as `nohup` wants it.
 void takeUnlessIgnored(int signal) {
     if (std::signal(signal, handleEndSignal) == SIG_IGN)
         std::signal(signal, SIG_IGN);

@@ -22,7 +22,7 @@ MossbitApp::~MossbitApp() = default;
 int MossbitApp::run(const std::vector<std::filesystem::path>& files) {
     QString address;
     if (!files.empty()) {
-        // Held until the window has appeared.
+        // The delegate keeps it until the window has appeared.
         const std::filesystem::path file = handedOverPath(files.front());
         m_delegate.open({file});
         address = addressOf(file);
@@ -83,7 +83,7 @@ void MossbitApp::makeDocument() {
 void MossbitApp::showWindow() {
     m_window = std::make_unique<DocumentWindow>(*m_viewModel);
     m_dialogs.setParentWindow(m_window.get());
-    // Queued: a prompt must not keep the drop's sender waiting.
+    // The connection is queued, because a prompt must not keep the drop's sender waiting.
     QObject::connect(
         m_window.get(), &DocumentWindow::fileDropped, &m_delegate,
         [this](const QString& address) { m_delegate.open({handedOverPath(address)}); },

@@ -39,7 +39,7 @@ QAction* MossbitCommands::add(QMenu& menu, const QString& title, const QKeySeque
 void MossbitCommands::addFileMenu() {
     QMenu& menu = *m_window.menuBar()->addMenu(tr("&File"));
     add(menu, tr("New"), Qt::CTRL | Qt::Key_N, &ProjectViewModel::newProject);
-    // Chooses among operations of one name.
+    // Chosen among the overloads of `open`.
     const Operation open = &ProjectViewModel::open;
     add(menu, tr("Open…"), Qt::CTRL | Qt::Key_O, open);
     menu.addSeparator();

@@ -16,7 +16,7 @@ const QString busName = QStringLiteral("com.quillark.mossbit");
 const QString objectPath = QStringLiteral("/com/quillark/mossbit");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-/// Where the sender of a request writes until when it waits.
+/// Under this key a request says until when its sender waits.
 const QString deadlineKey = QStringLiteral("com.quillark.mossbit.deadline");
 
 // In milliseconds. A request that is taken before its deadline is answered long before its sender
@@ -78,14 +78,14 @@ SessionBus::Role SessionBus::join(const QString& file) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Role::alone;
-    // The object before the name: who finds the name may call at once.
+    // The object is there before the name, because whoever finds the name may call at once.
     new Adaptor(*this);
     bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
     if (bus.registerService(busName))
         return Role::first;
     if (handOver(file))
         return Role::handedOver;
-    // When the silent owner ends, requests come here.
+    // This copy gets the requests when the owner that did not answer has ended.
     bus.interface()->registerService(busName, QDBusConnectionInterface::QueueService);
     return Role::alone;
 }

@@ -36,6 +36,6 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/64.png")));
     mossbit::applyTheme(application);
     mossbit::MossbitApp mossbit;
-    // Not the application's own list, which has no place for names that are no UTF-8.
+    // Qt's own list of arguments loses file names that are not UTF-8.
     return mossbit.run({argv + 1, argv + argc});
 }
