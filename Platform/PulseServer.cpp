@@ -24,18 +24,20 @@ public:
     ServerQuestion& operator=(const ServerQuestion&) = delete;
     ~ServerQuestion() { pa_context_disconnect(m_context.get()); }
 
-    /// Nothing if there is no server, or it does not answer before `deadline`.
+    /// Nothing if there is no server; false, too, if it does not answer before `deadline`.
     std::optional<bool> hasDevice(Clock::time_point deadline) {
         if (pa_context_connect(m_context.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
             return std::nullopt;
         while (pa_context_get_state(m_context.get()) != PA_CONTEXT_READY) {
-            if (!step(deadline) || !PA_CONTEXT_IS_GOOD(pa_context_get_state(m_context.get())))
+            if (!step(deadline))
+                return false;
+            if (!PA_CONTEXT_IS_GOOD(pa_context_get_state(m_context.get())))
                 return std::nullopt;
         }
         pa_operation_unref(pa_context_get_server_info(m_context.get(), take, this));
         while (!m_answer && PA_CONTEXT_IS_GOOD(pa_context_get_state(m_context.get()))) {
             if (!step(deadline))
-                break;
+                return false;
         }
         return m_answer;
     }
@@ -64,7 +66,7 @@ private:
 
 bool pulseServerLacksDevice() {
     using namespace std::chrono_literals;
-    return !ServerQuestion().hasDevice(Clock::now() + 500ms).value_or(true);
+    return !ServerQuestion().hasDevice(Clock::now() + 1500ms).value_or(true);
 }
 
 } // namespace mossbit

@@ -65,7 +65,7 @@ void initAudio(const std::string& driver) {
         SDL_SetHint(SDL_HINT_AUDIODRIVER, driver.c_str());
 #ifdef MOSSBIT_HAS_PULSE
     if (startsWithPulse() && pulseServerLacksDevice())
-        throw std::runtime_error("The sound server has no device to play on");
+        throw std::runtime_error("The sound server offers no device");
 #endif
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
         throw std::runtime_error(SDL_GetError());
