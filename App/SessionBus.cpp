@@ -104,7 +104,12 @@ bool SessionBus::handOver(const QString& file) const {
 }
 
 void SessionBus::leave() {
-    QDBusConnection::sessionBus().unregisterService(busName);
+    // Without waiting for the answer, for what comes next is to save the song.
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    QDBusConnection::sessionBus().send(
+        QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus,
+                                       QStringLiteral("ReleaseName"))
+        << busName);
 }
 
 } // namespace mossbit
