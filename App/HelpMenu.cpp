@@ -66,11 +66,11 @@ void showMouseAndKeys(QMainWindow& window) {
         rows += QStringLiteral("<tr><td>%1&nbsp;&nbsp;&nbsp;&nbsp;</td><td>%2</td></tr>")
                     .arg(what.toHtmlEscaped(), how.toHtmlEscaped());
     };
-    addRow(tr("Add a note"), tr("click the grid; drag to the right to make it longer"));
+    addRow(tr("Add a note"), tr("click the grid; drag for a longer one"));
     addRow(tr("Move a note"), tr("drag it"));
     addRow(tr("Stretch a note"), tr("drag its right end"));
     addRow(tr("Delete a note"), tr("right-click it, or Ctrl+click"));
-    addRow(tr("Scroll"), tr("wheel, sideways with Shift; or drag with the middle button"));
+    addRow(tr("Scroll"), tr("wheel, Shift+wheel, middle button"));
     rows += QStringLiteral("<tr><td>&nbsp;</td></tr>");
     for (const QAction* menu : window.menuBar()->actions())
         for (const QAction* action : menu->menu()->actions())
