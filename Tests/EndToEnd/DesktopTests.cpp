@@ -261,6 +261,7 @@ TEST_F(Lifecycle, ACopyThatHungLeavesTheFileToTheOneThatOpenedIt) {
     home.store("one.mossbit", one);
     home.store("two.mossbit", two);
     const auto first = startFirst({"one.mossbit"});
+    EXPECT_TRUE(home.call("Activate", {"{}"})) << "its main loop runs";
     ::kill(first->id(), SIGSTOP);
     const auto second = home.start({"two.mossbit"});
     EXPECT_TRUE(waitUntil([&] { return home.ownersInWaiting() == 2; }));
