@@ -41,9 +41,10 @@ void Desktop::startScreen() {
 
 void Desktop::startWindowManager() {
     m_windowManager.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
+    // One that still starts would miss a window that appears meanwhile; this one answers.
     require(waitUntil([&] {
-                return outputOf({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).find("0x") !=
-                       std::string::npos;
+                Process({"xdotool", "set_num_desktops", "1"}).wait();
+                return firstLine(outputOf({"xdotool", "get_num_desktops"})) == "1";
             }),
             "openbox");
 }
