@@ -1,6 +1,5 @@
 #include "UI/PixelButton.h"
 
-#include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
 
 #include <QKeyEvent>

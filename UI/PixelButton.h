@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UI/PixelIcon.h"
 #include "UI/Theme.h"
 
 #include <QAbstractButton>
@@ -7,7 +8,6 @@
 namespace mossbit {
 
 class PixelPainter;
-struct PixelGlyph;
 
 /// A framed button that shows an icon, a text, or one after the other. A click leaves the keyboard
 /// focus where it is; Tab brings it here, Return presses. Of several choices the checked one is the
@@ -23,7 +23,7 @@ public:
         QColor accent = Palette::text;
         /// Points left and right of the content.
         double padding = 5;
-        const PixelGlyph* icon = nullptr;
+        const PixelGlyph::Rows* icon = nullptr;
         /// The content's colour unless checked.
         QColor idleColor = Palette::text;
     };

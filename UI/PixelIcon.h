@@ -8,29 +8,96 @@
 
 namespace mossbit {
 
-/// An icon bitmap of seven rows of equal length; "X" is a lit cell.
-struct PixelGlyph {
-    std::array<std::string_view, 7> rows;
+/// The icon bitmaps of the program, from the top row down; "X" is a lit cell.
+namespace PixelGlyph {
 
-    /// The bitmaps of the program.
-    static const PixelGlyph speaker, mute, plus, minus, loop, stop, play;
+using Rows = std::array<std::string_view, 7>;
 
-    int rowCount() const { return static_cast<int>(rows.size()); }
-    int columnCount() const { return static_cast<int>(rows.front().size()); }
-    bool isLit(int column, int row) const {
-        return rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)] == 'X';
-    }
+// clang-format off
+inline constexpr Rows speaker = {
+    "....X....",
+    "...XX.X..",
+    "XXXXX.X.X",
+    "XXXXX.X.X",
+    "XXXXX.X.X",
+    "...XX.X..",
+    "....X....",
 };
+
+inline constexpr Rows mute = {
+    "....X....",
+    "...XX....",
+    "XXXXX.X.X",
+    "XXXXX..X.",
+    "XXXXX.X.X",
+    "...XX....",
+    "....X....",
+};
+
+inline constexpr Rows plus = {
+    "...X...",
+    "...X...",
+    "...X...",
+    "XXXXXXX",
+    "...X...",
+    "...X...",
+    "...X...",
+};
+
+inline constexpr Rows minus = {
+    ".......",
+    ".......",
+    ".......",
+    "XXXXXXX",
+    ".......",
+    ".......",
+    ".......",
+};
+
+inline constexpr Rows loop = {
+    ".XXXXX.",
+    "XX...XX",
+    "X.....X",
+    "X.....X",
+    "X.....X",
+    "XX...XX",
+    ".XXXXX.",
+};
+
+inline constexpr Rows stop = {
+    ".......",
+    ".XXXXX.",
+    ".XXXXX.",
+    ".XXXXX.",
+    ".XXXXX.",
+    ".XXXXX.",
+    ".......",
+};
+
+inline constexpr Rows play = {
+    "X...",
+    "XX..",
+    "XXX.",
+    "XXXX",
+    "XXX.",
+    "XX..",
+    "X...",
+};
+// clang-format on
+
+} // namespace PixelGlyph
 
 /// A bitmap as it is drawn.
 struct PixelIcon {
-    const PixelGlyph& glyph;
+    const PixelGlyph::Rows& glyph;
     /// Edge length of a cell in points.
     double pixel = 2;
     QColor color = {};
 
     /// Points.
-    QSizeF extent() const { return QSizeF(glyph.columnCount(), glyph.rowCount()) * pixel; }
+    QSizeF extent() const {
+        return QSizeF(static_cast<double>(glyph.front().size()), glyph.size()) * pixel;
+    }
 };
 
 } // namespace mossbit

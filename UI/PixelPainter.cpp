@@ -99,20 +99,19 @@ void PixelPainter::pixelBorder(const QRectF& rect, const QColor& color, double w
 }
 
 void PixelPainter::icon(const PixelIcon& icon, const QPointF& topLeft) {
-    const PixelGlyph& glyph = icon.glyph;
     // Cells are laid out from a pixel's corner, so that an icon looks the same wherever it is.
     const QPoint origin(deviceX(topLeft.x()), deviceY(topLeft.y()));
-    const auto cellEdge = [&](int index) { return nearest(index * icon.pixel * ratio()); };
-    for (int row = 0; row < glyph.rowCount(); ++row) {
-        const int top = cellEdge(row);
-        for (int column = 0; column < glyph.columnCount(); ++column) {
-            if (!glyph.isLit(column, row))
+    const auto cellEdge = [&](std::size_t index) {
+        return nearest(static_cast<double>(index) * icon.pixel * ratio());
+    };
+    for (std::size_t row = 0; row < icon.glyph.size(); ++row)
+        for (std::size_t column = 0; column < icon.glyph[row].size(); ++column) {
+            if (icon.glyph[row][column] != 'X')
                 continue;
-            const int left = cellEdge(column);
-            m_painter.fillRect(origin.x() + left, origin.y() + top, cellEdge(column + 1) - left,
-                               cellEdge(row + 1) - top, icon.color);
+            const QPoint cell(cellEdge(column), cellEdge(row));
+            const QPoint end(cellEdge(column + 1), cellEdge(row + 1));
+            m_painter.fillRect(QRect(origin + cell, origin + end - QPoint(1, 1)), icon.color);
         }
-    }
 }
 
 void PixelPainter::drawBaseline(const QString& text, const QFont& font, const QColor& color,

@@ -51,7 +51,6 @@ public:
     int deviceY(double y) const;
     QRect toDevice(const QRectF& rect) const;
     void fillPixels(const QRect& pixels, const QColor& color);
-    QPainter& devicePainter() { return m_painter; }
     /// From points to device pixels.
     const QTransform& transform() const { return m_toDevice; }
 

@@ -8,40 +8,22 @@
 #include <QImage>
 #include <QStyleOptionSlider>
 
-#include <algorithm>
-
 namespace mossbit {
 
 namespace {
 
 constexpr int shortestThumb = 24;
 
-/// Where the thumb lies in a scroll bar without arrow buttons.
-QRect thumbRect(const QStyleOptionSlider& bar) {
-    const bool horizontal = bar.orientation == Qt::Horizontal;
-    const int length = horizontal ? bar.rect.width() : bar.rect.height();
-    const qint64 range = qint64{bar.maximum} - bar.minimum;
-    if (range <= 0)
-        return bar.rect;
-    const qint64 proportional = qint64{length} * bar.pageStep / (range + bar.pageStep);
-    const int thumb =
-        static_cast<int>(std::clamp<qint64>(proportional, std::min(shortestThumb, length), length));
-    const int position = QStyle::sliderPositionFromValue(
-        bar.minimum, bar.maximum, bar.sliderPosition, length - thumb, bar.upsideDown);
-    return horizontal ? QRect(bar.rect.x() + position, bar.rect.y(), thumb, bar.rect.height())
-                      : QRect(bar.rect.x(), bar.rect.y() + position, bar.rect.width(), thumb);
-}
-
-void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
+void drawScrollBar(const QStyleOptionSlider& bar, const QRect& thumb, QPainter& painter) {
     PixelPainter pixels(painter);
     pixels.fill(bar.rect, Palette::well);
     if (bar.maximum <= bar.minimum)
         return;
     const bool active = (bar.activeSubControls & QStyle::SC_ScrollBarSlider) &&
                         (bar.state & (QStyle::State_MouseOver | QStyle::State_Sunken));
-    const QRect thumb = bar.orientation == Qt::Horizontal ? thumbRect(bar).adjusted(2, 4, -2, -4)
-                                                          : thumbRect(bar).adjusted(4, 2, -4, -2);
-    pixels.fill(thumb, active ? Palette::text : Palette::textDim);
+    const QPoint inset = bar.orientation == Qt::Horizontal ? QPoint(2, 4) : QPoint(4, 2);
+    pixels.fill(QRectF(thumb.topLeft() + inset, thumb.bottomRight() + QPoint(1, 1) - inset),
+                active ? Palette::text : Palette::textDim);
 }
 
 /// The face of a push button or a combo box, as `PixelButton` has it.
@@ -89,7 +71,7 @@ void PixelStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
                                     QPainter* painter, const QWidget* widget) const {
     const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
     if (control == CC_ScrollBar && bar != nullptr) {
-        drawScrollBar(*bar, *painter);
+        drawScrollBar(*bar, subControlRect(control, bar, SC_ScrollBarSlider, widget), *painter);
     } else if (control == CC_ComboBox) {
         drawFace(*option, false, *painter);
         QStyleOption arrow(*option);
@@ -205,23 +187,14 @@ QRect PixelStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
     const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
     if (control != CC_ScrollBar || bar == nullptr)
         return QProxyStyle::subControlRect(control, option, subControl, widget);
-    const QRect& rect = bar->rect;
-    const QRect thumb = thumbRect(*bar);
-    const bool horizontal = bar->orientation == Qt::Horizontal;
-    switch (subControl) {
-    case SC_ScrollBarGroove:
-        return rect;
-    case SC_ScrollBarSlider:
-        return thumb;
-    case SC_ScrollBarSubPage:
-        return horizontal ? QRect(rect.topLeft(), QPoint(thumb.left() - 1, rect.bottom()))
-                          : QRect(rect.topLeft(), QPoint(rect.right(), thumb.top() - 1));
-    case SC_ScrollBarAddPage:
-        return horizontal ? QRect(QPoint(thumb.right() + 1, rect.top()), rect.bottomRight())
-                          : QRect(QPoint(rect.left(), thumb.bottom() + 1), rect.bottomRight());
-    default:
+    if (subControl == SC_ScrollBarAddLine || subControl == SC_ScrollBarSubLine)
         return {};
-    }
+    // Longer by the arrow buttons that the base style counts in and this one does not have.
+    const QPoint arrow = bar->orientation == Qt::Horizontal ? QPoint(scrollBarExtent, 0)
+                                                            : QPoint(0, scrollBarExtent);
+    QStyleOptionSlider longer(*bar);
+    longer.rect.setBottomRight(longer.rect.bottomRight() + 2 * arrow);
+    return QProxyStyle::subControlRect(control, &longer, subControl, widget).translated(-arrow);
 }
 
 } // namespace mossbit

@@ -1,6 +1,5 @@
 #include "Views/ChannelCard.h"
 
-#include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
 #include "UI/VolumeBar.h"
 #include "ViewModels/ProjectViewModel.h"

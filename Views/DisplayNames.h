@@ -31,15 +31,7 @@ inline QString title(NoiseVoiceKind voice) {
 }
 
 inline QString title(GridDivision grid) {
-    switch (grid) {
-    case GridDivision::quarter:
-        return QStringLiteral("1/4");
-    case GridDivision::eighth:
-        return QStringLiteral("1/8");
-    case GridDivision::sixteenth:
-        return QStringLiteral("1/16");
-    }
-    return {};
+    return QStringLiteral("1/%1").arg(ticksPerBar / rawValue(grid));
 }
 
 } // namespace mossbit

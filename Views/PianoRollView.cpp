@@ -1,6 +1,5 @@
 #include "Views/PianoRollView.h"
 
-#include "UI/KeyboardFocus.h"
 #include "Views/DisplayNames.h"
 #include "Views/KeyColumn.h"
 #include "Views/PianoRollAccessibility.h"
@@ -328,7 +327,7 @@ void PianoRollView::paintEvent(QPaintEvent* event) {
 
 void PianoRollView::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
-    if (isByKeyboard(event->reason())) {
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
         m_focusMark->raise();
         m_focusMark->show();
     }
@@ -336,8 +335,12 @@ void PianoRollView::focusInEvent(QFocusEvent* event) {
 
 void PianoRollView::focusOutEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusOutEvent(event);
-    if (!isFocusComingBack(event->reason()))
-        m_focusMark->hide();
+    // From a menu or another program the focus comes back.
+    for (const auto reason :
+         {Qt::PopupFocusReason, Qt::MenuBarFocusReason, Qt::ActiveWindowFocusReason})
+        if (event->reason() == reason)
+            return;
+    m_focusMark->hide();
 }
 
 } // namespace mossbit

@@ -2,7 +2,6 @@
 
 #include "UI/PixelButton.h"
 #include "UI/PixelCaption.h"
-#include "UI/PixelIcon.h"
 #include "UI/PixelPainter.h"
 #include "UI/PixelRow.h"
 
@@ -12,12 +11,11 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
-#include <string>
 
 namespace mossbit {
 
@@ -32,27 +30,13 @@ constexpr int fieldPadding = 3;
 
 /// A whole number with an optional sign, spaces around it ignored.
 std::optional<std::int64_t> parseTempo(const QString& text) {
-    qsizetype first = 0;
-    qsizetype end = text.size();
-    const auto isHorizontalSpace = [&](qsizetype i) {
-        return text[i] == QLatin1Char('\t') || text[i].category() == QChar::Separator_Space;
-    };
-    while (first < end && isHorizontalSpace(first))
-        ++first;
-    while (end > first && isHorizontalSpace(end - 1))
-        --end;
-    std::string digits = text.mid(first, end - first).toStdString();
-    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-')
-        digits.erase(0, 1);
-    std::int64_t value = 0;
-    const char* const last = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), last, value);
-    if (error != std::errc() || stop != last)
-        return std::nullopt;
-    return value;
+    static const QRegularExpression whole(QStringLiteral(R"(^\h*([+-]?[0-9]+)\h*\z)"));
+    bool isNumber = false;
+    const qlonglong value = whole.match(text).captured(1).toLongLong(&isNumber);
+    return isNumber ? std::optional<std::int64_t>(value) : std::nullopt;
 }
 
-PixelButton* makeStepButton(const PixelGlyph& icon, const QString& name, QWidget* parent) {
+PixelButton* makeStepButton(const PixelGlyph::Rows& icon, const QString& name, QWidget* parent) {
     auto* button = new PixelButton({.icon = &icon}, parent);
     button->setAccessibleName(name);
     button->setToolTip(name);

@@ -1,7 +1,6 @@
 #include "Views/TransportView.h"
 
 #include "UI/PixelCaption.h"
-#include "UI/PixelIcon.h"
 #include "UI/PixelRow.h"
 #include "UI/PixelRule.h"
 #include "UI/PixelSegments.h"
