@@ -9,6 +9,7 @@
 #include <QContextMenuEvent>
 #include <QFontMetrics>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QRegularExpression>
@@ -35,6 +36,54 @@ std::optional<std::int64_t> parseTempo(const QString& text) {
     const qlonglong value = whole.match(text).captured(1).toLongLong(&isNumber);
     return isNumber ? std::optional<std::int64_t>(value) : std::nullopt;
 }
+
+/// The entry field for a tempo, which leaves the menus their keys.
+class TempoField : public QLineEdit {
+public:
+    explicit TempoField(QWidget* parent) : QLineEdit(parent) {
+        setAccessibleName(tr("Tempo in beats per minute"));
+        setFrame(false);
+        setAlignment(Qt::AlignCenter);
+        // A file dropped on the window is to be opened, wherever it lands.
+        setAcceptDrops(false);
+        setFont(fixedFont(numberSize));
+        // Where the number was.
+        setTextMargins(0, 1, 0, 0);
+        setFixedSize(numberWidth, QFontMetrics(font()).height() + 2 * fieldPadding);
+    }
+
+protected:
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::ShortcutOverride) {
+            const auto& key = *static_cast<QKeyEvent*>(event);
+            static constexpr std::array own = {Qt::Key_A,  Qt::Key_C,    Qt::Key_X,
+                                               Qt::Key_V,  Qt::Key_Left, Qt::Key_Right,
+                                               Qt::Key_Up, Qt::Key_Down};
+            const bool isOwn = std::find(own.begin(), own.end(), key.key()) != own.end();
+            if ((key.modifiers() & Qt::ControlModifier) && !isOwn) {
+                event->ignore();
+                return false;
+            }
+        }
+        return QLineEdit::event(event);
+    }
+
+    void contextMenuEvent(QContextMenuEvent* event) override {
+        QMenu* const menu = createStandardContextMenu();
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        // Undo and Redo, with the separator after them: their keys undo changes of the song.
+        for (int i = 0; i < 3; ++i)
+            menu->removeAction(menu->actions().first());
+        menu->popup(event->globalPos());
+    }
+
+    void paintEvent(QPaintEvent* event) override {
+        QLineEdit::paintEvent(event);
+        QPainter painter(this);
+        PixelPainter pixels(painter);
+        pixels.pixelBorder(rect(), Palette::accent(ChannelKind::pulse1));
+    }
+};
 
 PixelButton* makeStepButton(const PixelGlyph::Rows& icon, const QString& name, QWidget* parent) {
     auto* button = new PixelButton({.icon = &icon}, parent);
@@ -69,59 +118,6 @@ private:
     std::int64_t m_tempo = 0;
 };
 
-TempoField::TempoField(QWidget* parent) : QLineEdit(parent) {
-    setAccessibleName(tr("Tempo in beats per minute"));
-    setFrame(false);
-    setAlignment(Qt::AlignCenter);
-    // A file dropped on the window is to be opened, wherever it lands.
-    setAcceptDrops(false);
-    setFont(fixedFont(numberSize));
-    QPalette palette = this->palette();
-    palette.setColor(QPalette::Base, Palette::well);
-    palette.setColor(QPalette::Text, Palette::text);
-    setPalette(palette);
-    // Where the number was.
-    setTextMargins(0, 1, 0, 0);
-    setFixedSize(numberWidth, QFontMetrics(font()).height() + 2 * fieldPadding);
-}
-
-bool TempoField::event(QEvent* event) {
-    if (event->type() == QEvent::ShortcutOverride) {
-        const auto& key = *static_cast<QKeyEvent*>(event);
-        static constexpr std::array own = {Qt::Key_A,    Qt::Key_C,     Qt::Key_X,  Qt::Key_V,
-                                           Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down};
-        const bool isOwn = std::find(own.begin(), own.end(), key.key()) != own.end();
-        if ((key.modifiers() & Qt::ControlModifier) && !isOwn) {
-            event->ignore();
-            return false;
-        }
-    }
-    return QLineEdit::event(event);
-}
-
-void TempoField::contextMenuEvent(QContextMenuEvent* event) {
-    QMenu* const menu = createStandardContextMenu();
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    // Undo and Redo, with the separator after them: their keys undo changes of the song.
-    for (int i = 0; i < 3; ++i)
-        menu->removeAction(menu->actions().first());
-    menu->popup(event->globalPos());
-}
-
-void TempoField::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape)
-        Q_EMIT cancelled();
-    else
-        QLineEdit::keyPressEvent(event);
-}
-
-void TempoField::paintEvent(QPaintEvent* event) {
-    QLineEdit::paintEvent(event);
-    QPainter painter(this);
-    PixelPainter pixels(painter);
-    pixels.pixelBorder(rect(), Palette::accent(ChannelKind::pulse1));
-}
-
 TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
     // In reading order, which Tab and assistive tools follow.
     auto* caption = new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this);
@@ -141,7 +137,6 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
             [this] { m_vm.setTempo(m_vm.project().tempo + 1); });
     connect(m_number, &QAbstractButton::clicked, this, &TempoControl::beginEditing);
     connect(m_field, &QLineEdit::returnPressed, this, &TempoControl::commitTempo);
-    connect(m_field, &TempoField::cancelled, this, &TempoControl::close);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { followFocus(now); });
     connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
@@ -198,6 +193,14 @@ void TempoControl::followFocus(const QWidget* widget) {
     if (widget && widget != m_field && widget->window() == window() &&
         !qobject_cast<const QMenuBar*>(widget))
         commitTempo();
+}
+
+void TempoControl::keyPressEvent(QKeyEvent* event) {
+    // The field passes on what it does not know.
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void TempoControl::close() {

@@ -2,28 +2,13 @@
 
 #include "ViewModels/ProjectViewModel.h"
 
-#include <QLineEdit>
+#include <QWidget>
+
+class QLineEdit;
 
 namespace mossbit {
 
 class TempoNumber;
-
-/// The entry field for a tempo, which leaves the menus their keys.
-class TempoField : public QLineEdit {
-    Q_OBJECT
-
-public:
-    explicit TempoField(QWidget* parent = nullptr);
-
-Q_SIGNALS:
-    void cancelled();
-
-protected:
-    bool event(QEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-};
 
 /// The tempo with buttons for one more or less; a click on it opens the entry field. Whatever was
 /// typed counts when the field is left or Return is pressed, if it is a whole number.
@@ -38,6 +23,9 @@ Q_SIGNALS:
     /// The field has closed, and nothing here wants the keyboard focus.
     void keyboardReleased();
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void showProject();
     void fillField();
@@ -50,7 +38,7 @@ private:
     bool m_editingTempo = false;
     bool m_openedByKeyboard = false;
     TempoNumber* m_number = nullptr;
-    TempoField* m_field = nullptr;
+    QLineEdit* m_field = nullptr;
 };
 
 } // namespace mossbit

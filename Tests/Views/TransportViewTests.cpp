@@ -1,8 +1,8 @@
 #include "Tests/Support/WindowHarness.h"
-#include "Views/TempoControl.h"
 
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -11,10 +11,10 @@ namespace mossbit {
 namespace {
 
 /// Opens the tempo field and types over the number in it.
-TempoField& typeTempo(WindowHarness& window, const QString& text) {
+QLineEdit& typeTempo(WindowHarness& window, const QString& text) {
     window.control(QString("Tempo %1").arg(window.vm->project().tempo)).click();
     QApplication::processEvents();
-    auto& field = window.control<TempoField>("Tempo in beats per minute");
+    auto& field = window.control<QLineEdit>("Tempo in beats per minute");
     QTest::keyClicks(&field, text);
     return field;
 }
@@ -32,7 +32,7 @@ TEST(TempoField, TakesWholeNumbersAndIgnoresTheRest) {
 
 TEST(TempoField, CommitsWhenAMenuPassesTheFocusOn) {
     WindowHarness window;
-    TempoField& field = typeTempo(window, "150");
+    QLineEdit& field = typeTempo(window, "150");
     for (const Qt::FocusReason reason :
          {Qt::PopupFocusReason, Qt::MenuBarFocusReason, Qt::ActiveWindowFocusReason}) {
         QFocusEvent focusOut(QEvent::FocusOut, reason);
@@ -72,7 +72,7 @@ TEST(TempoField, OffersNoUndoOfItsOwn) {
 
 TEST(TempoField, FollowsOtherChangesUntilSomethingIsTyped) {
     WindowHarness window;
-    TempoField& field = typeTempo(window, "");
+    QLineEdit& field = typeTempo(window, "");
     window.control("Increase tempo").click();
     EXPECT_EQ(field.text(), "121");
     QTest::keyClicks(&field, "90");
@@ -93,7 +93,7 @@ TEST(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
     EXPECT_EQ(window.view.focusWidget(), &window.roll());
     dialog.close();
 
-    TempoField& field = typeTempo(window, "150");
+    QLineEdit& field = typeTempo(window, "150");
     QTest::keyClick(&field, Qt::Key_Escape);
     EXPECT_FALSE(field.isVisible());
     EXPECT_EQ(window.vm->project().tempo, 120);
