@@ -14,6 +14,8 @@ PixelCaption::PixelCaption(const QString& text, const PixelLabel& label, QWidget
 }
 
 void PixelCaption::setColor(const QColor& color) {
+    if (m_label.color == color)
+        return;
     m_label.color = color;
     update();
 }

@@ -96,7 +96,9 @@ struct PixelIcon {
 
     /// Points.
     QSizeF extent() const {
-        return QSizeF(static_cast<double>(glyph.front().size()), glyph.size()) * pixel;
+        return QSizeF(static_cast<double>(glyph.front().size()),
+                      static_cast<double>(glyph.size())) *
+               pixel;
     }
 };
 

@@ -5,30 +5,24 @@
 namespace mossbit {
 namespace {
 
-TEST(ChannelBarView, SelectsTheCardThatIsClicked) {
+TEST(ChannelBarView, SelectsTheCardThatIsClickedAndMutesWithoutSelecting) {
     WindowHarness window;
-    QWidget& card = window.control("WAVE");
-    click(card, {60, 60});
-    EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
-    const auto expectColors = [](QWidget& shown, QColor face, QColor top) {
-        const QImage image = render(shown, 1);
-        EXPECT_EQ(colorAt(image, {5, 40}), face);
-        EXPECT_EQ(colorAt(image, {50, 1}), top);
+    const auto color = [&](const char* name, QPointF point) {
+        return colorAt(render(window.control(name), 1), point);
     };
-    expectColors(window.control("PULSE 1"), Palette::panel, Palette::panel);
-    expectColors(card, Palette::background, Palette::accent(ChannelKind::wave));
-}
-
-TEST(ChannelBarView, MutesWithoutSelecting) {
-    WindowHarness window;
-    QWidget& mute = window.control("PULSE 2 mute");
-    click(mute, {5, 5});
+    const QColor cyan = Palette::accent(ChannelKind::pulse2);
+    EXPECT_EQ(color("PULSE 2", {14, 20}), cyan);
+    click(window.control("WAVE"), {60, 60});
+    click(window.control("PULSE 2 mute"), {5, 5});
+    EXPECT_EQ(window.vm->selectedChannelIndex(), 2);
     EXPECT_TRUE(window.vm->project().channels[1].muted);
-    EXPECT_EQ(window.vm->selectedChannelIndex(), 0);
-    EXPECT_EQ(mute.toolTip(), "Unmute");
-    EXPECT_EQ(colorAt(render(mute, 1), {0, 0}), Palette::accent(ChannelKind::noise));
-    EXPECT_NE(colorAt(render(window.control("PULSE 2"), 1), {14, 20}),
-              Palette::accent(ChannelKind::pulse2));
+
+    EXPECT_EQ(color("WAVE", {5, 40}), Palette::background);
+    EXPECT_EQ(color("WAVE", {50, 1}), Palette::accent(ChannelKind::wave));
+    EXPECT_EQ(color("PULSE 2", {5, 40}), Palette::panel);
+    EXPECT_NE(color("PULSE 2", {14, 20}), cyan) << "dimmed";
+    EXPECT_EQ(color("PULSE 2 mute", {0, 0}), Palette::accent(ChannelKind::noise));
+    EXPECT_EQ(window.control("PULSE 2 mute").toolTip(), "Unmute");
 }
 
 TEST(ChannelBarView, FollowsADragOnTheVolume) {

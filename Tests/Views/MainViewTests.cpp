@@ -97,15 +97,13 @@ TEST(MainView, HasOneTabStopForAGroupAndExplainsEveryControl) {
 
 TEST(MainView, MarksTheKeyboardFocusAndTakesKeys) {
     WindowHarness window;
-    const auto expectMark = [&](const char* name) {
-        const QWidget& control = window.control<QWidget>(name);
+    const auto expectMark = [&](const std::string& name) {
+        const QWidget& control = window.control<QWidget>(name.c_str());
         EXPECT_TRUE(control.hasFocus()) << name;
-        const QRect rect(control.mapTo(&window.view, QPoint()), control.size());
         const QImage image = render(window.view, 1);
-        for (const QPoint& edge :
-             {QPoint(rect.left(), rect.center().y()), QPoint(rect.right(), rect.center().y()),
-              QPoint(rect.center().x(), rect.top()), QPoint(rect.center().x(), rect.bottom())})
-            EXPECT_EQ(colorAt(image, edge), Palette::text) << name;
+        for (const int x : {0, control.width() - 1})
+            EXPECT_EQ(colorAt(image, control.mapTo(&window.view, QPoint(x, 5))), Palette::text)
+                << name;
     };
     const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
     window.control("Loop").setFocus(Qt::TabFocusReason);
@@ -113,10 +111,10 @@ TEST(MainView, MarksTheKeyboardFocusAndTakesKeys) {
     press(Qt::Key_Return);
     EXPECT_FALSE(window.vm->project().loop);
     press(Qt::Key_Tab);
-    for (const int bars : {8, 16, 8, 4, 2, 1}) {
+    for (const int bars : {8, 16, 8}) {
         press(bars > window.vm->project().bars ? Qt::Key_Right : Qt::Key_Left);
         EXPECT_EQ(window.vm->project().bars, bars);
-        expectMark(("Bars " + std::to_string(bars)).c_str());
+        expectMark("Bars " + std::to_string(bars));
     }
     press(Qt::Key_Tab);
     expectMark("Grid 1/16");

@@ -33,12 +33,6 @@ TEST(TempoField, TakesWholeNumbersAndIgnoresTheRest) {
 TEST(TempoField, CommitsWhenAMenuPassesTheFocusOn) {
     WindowHarness window;
     QLineEdit& field = typeTempo(window, "150");
-    for (const Qt::FocusReason reason :
-         {Qt::PopupFocusReason, Qt::MenuBarFocusReason, Qt::ActiveWindowFocusReason}) {
-        QFocusEvent focusOut(QEvent::FocusOut, reason);
-        QApplication::sendEvent(&field, &focusOut);
-        EXPECT_TRUE(field.isVisible()) << reason;
-    }
     QMenuBar menuBar(&window.view);
     menuBar.setFocus(Qt::MenuBarFocusReason);
     EXPECT_TRUE(field.isVisible());
