@@ -13,6 +13,8 @@
 #include <QScreen>
 #include <QUrl>
 
+#include <utility>
+
 #if QT_CONFIG(xcb)
 #include <xcb/xcb.h>
 
@@ -82,6 +84,11 @@ void DocumentWindow::fitToContent() {
     resize((MainView::preferredExtent + above).boundedTo(screen()->availableSize()));
 }
 
+void DocumentWindow::fitToScreen() {
+    const QSize frame = frameSize() - size();
+    resize(size().boundedTo(screen()->availableSize() - frame));
+}
+
 void DocumentWindow::showTitle() {
     QString title = QString::fromStdString(m_vm.documentName());
     // In a name these are plain characters, not the place of Qt's own mark.
@@ -104,6 +111,13 @@ void DocumentWindow::bringToFront() {
 
 void DocumentWindow::closeEvent(QCloseEvent* event) {
     event->setAccepted(m_vm.confirmClosing());
+}
+
+void DocumentWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    // Only now the window manager has told how wide its frame is.
+    if (!std::exchange(m_hasAppeared, true))
+        QMetaObject::invokeMethod(this, &DocumentWindow::fitToScreen, Qt::QueuedConnection);
 }
 
 void DocumentWindow::dragEnterEvent(QDragEnterEvent* event) {

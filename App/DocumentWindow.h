@@ -22,14 +22,17 @@ Q_SIGNALS:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
     void fitToContent();
+    void fitToScreen();
     void showTitle();
 
     ProjectViewModel& m_vm;
+    bool m_hasAppeared = false;
 };
 
 } // namespace mossbit
