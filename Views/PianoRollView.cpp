@@ -55,7 +55,6 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
       m_grid(vm.project(), vm.selectedChannel().kind, QSizeF(), m_zoom),
       m_shownProject(vm.project()),
       m_shownChannel(vm.selectedChannelIndex()),
-      m_shownSelection(vm.selection()),
       m_shownPlayhead(vm.playhead()),
       m_keys(new KeyColumn(m_grid, this)),
       m_focusMark(new FocusMark(this)) {
@@ -83,7 +82,7 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
 
     connect(&vm, &ProjectViewModel::projectChanged, this, &PianoRollView::showProject);
     connect(&vm, &ProjectViewModel::selectedChannelIndexChanged, this, &PianoRollView::showProject);
-    connect(&vm, &ProjectViewModel::selectionChanged, this, &PianoRollView::showSelection);
+    connect(&vm, &ProjectViewModel::selectionChanged, viewport(), qOverload<>(&QWidget::update));
     connect(&vm, &ProjectViewModel::playheadChanged, this, &PianoRollView::showPlayhead);
     connect(&vm, &ProjectViewModel::documentReplaced, this, [this] { m_drag.reset(); });
     // To go on would change the song without an undo step of its own.
@@ -268,24 +267,6 @@ void PianoRollView::repaintDifferences(const std::vector<Note>& before,
     for (const std::vector<Note>& notes : {gone, come})
         for (const Note& note : notes)
             repaintNote(note);
-}
-
-void PianoRollView::showSelection() {
-    const ProjectViewModel::Selection& selection = m_vm.selection();
-    std::vector<Uuid> changed;
-    for (const Uuid& id : selection)
-        if (!m_shownSelection.contains(id))
-            changed.push_back(id);
-    for (const Uuid& id : m_shownSelection)
-        if (!selection.contains(id))
-            changed.push_back(id);
-    if (changed.size() > mostSingleRepaints)
-        viewport()->update();
-    else
-        for (const Note& note : m_vm.selectedChannel().notes)
-            if (std::find(changed.begin(), changed.end(), note.id) != changed.end())
-                repaintNote(note);
-    m_shownSelection = selection;
 }
 
 void PianoRollView::showPlayhead() {

@@ -64,7 +64,6 @@ private:
     // What the model tells.
     void nameAfterChannel();
     void showProject();
-    void showSelection();
     void showPlayhead();
 
     // Layout.
@@ -92,7 +91,6 @@ private:
     /// What is on the screen, to find out what a change touches.
     Project m_shownProject;
     int m_shownChannel;
-    ProjectViewModel::Selection m_shownSelection;
     std::int64_t m_shownPlayhead;
     /// The place that the person has scrolled to. The view shows what is nearest to it.
     QPoint m_place;
