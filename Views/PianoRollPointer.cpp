@@ -94,13 +94,8 @@ void PianoRollView::updateDrag(const QPointF& point) {
 }
 
 void PianoRollView::deleteNoteAt(const QPointF& point) {
-    const Note* hit = m_grid.noteAt(point, m_vm.selectedChannel().notes);
-    if (!hit)
-        return;
-    const Uuid id = hit->id;
-    if (m_drag && m_drag->id == id)
-        m_drag.reset();
-    m_vm.deleteNote(id);
+    if (const Note* hit = m_grid.noteAt(point, m_vm.selectedChannel().notes))
+        m_vm.deleteNote(Uuid(hit->id));
 }
 
 void PianoRollView::updateCursor(const QPointF& viewportPoint) {
