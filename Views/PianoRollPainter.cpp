@@ -80,8 +80,9 @@ void PianoRollPainter::verticalLine(int x, int width, const QColor& color) {
 }
 
 void PianoRollPainter::tickLines(std::int64_t step, const QColor& color) {
-    const std::int64_t first = std::max<std::int64_t>(m_firstTick / step, 0) * step;
-    const std::int64_t end = std::min(m_endTick + 1, m_geometry.totalTicks);
+    // A line at the first tick lies left of what is exposed.
+    const std::int64_t first = (m_firstTick + step) / step * step;
+    const std::int64_t end = std::min(m_endTick, m_geometry.totalTicks);
     for (std::int64_t tick = first; tick < end; tick += step)
         verticalLine(m_pixels.deviceX(m_geometry.cellWidth * static_cast<double>(tick)),
                      m_pixels.thickness(1), color);
