@@ -74,7 +74,7 @@ void MossbitApp::makeDocument() {
     const std::filesystem::path autosave = ProjectStore::autosaveURL(applicationSupportFolder());
     // A copy that has just been closed may still be saving. One that goes on running keeps the
     // autosave; this one then takes it over when the other ends.
-    waitForFileLock(RecoveryFiles::lockFile(autosave), std::chrono::seconds(2));
+    FileLock(RecoveryFiles::lockFile(autosave)).claim(std::chrono::seconds(2));
     const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, *m_audioOutput,
                                         writeSystemLog};
     m_viewModel = std::make_unique<ProjectViewModel>(services, std::nullopt, autosave);

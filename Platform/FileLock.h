@@ -15,14 +15,12 @@ public:
     explicit FileLock(const std::filesystem::path& file);
 
     /// Whether it is claimed for this process now: no other process and no other lock here has it.
-    /// Where no lock can be made, nobody else has one. Never waits.
-    bool claim();
+    /// Waits for its release, but not longer than `patience`. Where no lock can be made, nobody
+    /// else has one.
+    bool claim(std::chrono::milliseconds patience = {});
 
 private:
     Descriptor m_file;
 };
-
-/// Waits until nobody has claimed `file`, but not longer than `limit`.
-void waitForFileLock(const std::filesystem::path& file, std::chrono::milliseconds limit);
 
 } // namespace mossbit

@@ -2,15 +2,15 @@
 
 #include "Services/ProjectStore.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <ctime>
 #include <exception>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
 
 namespace mossbit {
 
@@ -18,15 +18,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What `newKeptFile` makes; sorted by name, such files are sorted by time.
-constexpr const char* keptPattern = "20*-*-* *-*-* *.mossbit";
+constexpr const char* timeFormat = "%Y-%m-%d %H-%M-%S";
 
-std::string timestamp(std::time_t time) {
+std::string nameOf(std::time_t time, std::string_view title) {
     std::tm local{};
     ::localtime_r(&time, &local);
     std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H-%M-%S ", &local);
-    return text.data();
+    std::strftime(text.data(), text.size(), timeFormat, &local);
+    return std::string(text.data()).append(" ").append(title).append(".mossbit");
+}
+
+/// The time in a name that `nameOf` has made; nothing for other files.
+std::optional<std::time_t> timeIn(const fs::path& file) {
+    const std::string name = file.filename().string();
+    std::tm local{};
+    local.tm_isdst = -1;
+    const char* const rest = ::strptime(name.c_str(), timeFormat, &local);
+    if (rest == nullptr || *rest != ' ' || file.extension() != ".mossbit")
+        return std::nullopt;
+    return std::mktime(&local);
 }
 
 /// Short enough for a file name with a time before and an extension behind it.
@@ -34,13 +44,10 @@ std::string_view shortened(std::string_view title) {
     constexpr std::size_t mostBytes = 200;
     constexpr unsigned continuationByte = 0b10;
     std::size_t size = std::min(title.size(), mostBytes);
-    while (size < title.size() && static_cast<unsigned char>(title[size]) >> 6 == continuationByte)
+    while (size > 0 && size < title.size() &&
+           static_cast<unsigned char>(title[size]) >> 6 == continuationByte)
         --size;
     return title.substr(0, size);
-}
-
-std::string name(const fs::path& file) {
-    return file.filename().string();
 }
 
 bool haveSameBytes(const fs::path& left, const fs::path& right) {
@@ -49,7 +56,15 @@ bool haveSameBytes(const fs::path& left, const fs::path& right) {
         return false;
     using Bytes = std::istreambuf_iterator<char>;
     std::ifstream first(left, std::ios::binary), second(right, std::ios::binary);
-    return std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
+    return first && second && std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
+}
+
+bool isSongWithoutNotes(const fs::path& file) {
+    try {
+        return !ProjectStore::read(file).hasNotes();
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 } // namespace
@@ -63,6 +78,7 @@ RecoveryFiles::RecoveryFiles(AtomicFile& files, const fs::path& autosaveURL)
 std::optional<Project> RecoveryFiles::restore() {
     if (!m_lock.claim())
         return std::nullopt;
+    removeOldest();
     try {
         Project project = ProjectStore::read(m_autosave);
         m_mayAutosave = true;
@@ -74,29 +90,33 @@ std::optional<Project> RecoveryFiles::restore() {
 }
 
 bool RecoveryFiles::autosave(const Project& project) {
-    if (!m_mayAutosave && !takeOver())
+    // For an empty song the work of an ended copy stays what the next start restores.
+    if (!m_mayAutosave && (!project.hasNotes() || !takeOver()))
         return false;
     try {
         m_files.write(m_autosave, ProjectStore::encode(project));
         return true;
-    } catch (const std::exception&) {
-        // Nobody asked for this write, so nobody is told. The next change tries again.
+    } catch (const std::exception& error) {
+        // Nobody asked for this write, so nobody is told. The next change tries again, and moves
+        // away a file that may not be written.
+        const auto* const failure = dynamic_cast<const std::system_error*>(&error);
+        if (failure != nullptr && failure->code() == std::errc::permission_denied)
+            m_mayAutosave = false;
         return false;
     }
 }
 
-/// Claims the autosave with what an ended copy left there, or what could not be read: both go into
-/// `Kept` before anything is written in their place.
+/// Claims the lock. A song that then lies in the autosave's place, left by another copy, or what
+/// could not be read there is moved into `Kept`.
 bool RecoveryFiles::takeOver() {
     if (!m_lock.claim())
         return false;
     try {
         // A link that points nowhere is something, too.
         const bool isFree = fs::symlink_status(m_autosave).type() == fs::file_type::not_found;
-        if (!isFree && !ProjectStore::holds(m_autosave, Project())) {
-            const fs::path file = newKeptFile(m_autosave.stem().native());
-            m_files.move(m_autosave, file);
-            removeSuperfluous(file);
+        if (!isFree && !isSongWithoutNotes(m_autosave)) {
+            const std::string title = m_autosave.stem().string();
+            addToKept(title, [&](const fs::path& file) { m_files.move(m_autosave, file); });
         }
         m_mayAutosave = true;
     } catch (const std::exception&) {
@@ -107,13 +127,30 @@ bool RecoveryFiles::takeOver() {
 
 bool RecoveryFiles::keep(const Project& project, std::string_view title) {
     try {
-        const fs::path file = newKeptFile(title);
-        m_files.write(file, ProjectStore::encode(project));
-        removeSuperfluous(file);
+        addToKept(title, [&](const fs::path& file) {
+            m_files.write(file, ProjectStore::encode(project));
+        });
         return true;
     } catch (const std::exception&) {
         return false;
     }
+}
+
+/// Lets `add` make a file in `Kept`. It gets the latest time of all, also where the clock has been
+/// put back, because the earliest ones go.
+void RecoveryFiles::addToKept(std::string_view title,
+                              const std::function<void(const fs::path&)>& add) {
+    constexpr std::chrono::seconds patience{2};
+    fs::create_directories(m_kept);
+    // Another copy must not choose the same name.
+    FileLock lock(m_kept / ".lock");
+    lock.claim(patience);
+    std::time_t time = std::time(nullptr);
+    for (const fs::path& file : keptFiles())
+        time = std::max(time, *timeIn(file) + 1);
+    const fs::path file = m_kept / nameOf(time, shortened(title));
+    add(file);
+    removeCopies(file);
 }
 
 bool RecoveryFiles::contains(const fs::path& file) const {
@@ -127,37 +164,27 @@ bool RecoveryFiles::contains(const fs::path& file) const {
 std::vector<fs::path> RecoveryFiles::keptFiles() const {
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(m_kept))
-        if (entry.is_regular_file() && ::fnmatch(keptPattern, name(entry.path()).c_str(), 0) == 0)
+        if (entry.is_regular_file() && timeIn(entry.path()))
             files.push_back(entry.path());
     std::ranges::sort(files);
     return files;
 }
 
-/// The path of a file that does not exist yet, in a folder that does. Its time is later than that
-/// of all others, unless the clock has been put back by far.
-fs::path RecoveryFiles::newKeptFile(std::string_view title) const {
-    constexpr int mostSteps = 3600;
-    fs::create_directories(m_kept);
-    const std::vector<fs::path> files = keptFiles();
-    const std::string newest = files.empty() ? "" : name(files.back());
-    std::time_t time = std::time(nullptr);
-    for (int step = 0; step < mostSteps && timestamp(time) <= newest; ++step)
-        ++time;
-    return m_kept / timestamp(time).append(shortened(title)).append(".mossbit");
+/// Removes older copies of `newest`, so that they push out no other song.
+void RecoveryFiles::removeCopies(const fs::path& newest) const {
+    for (const fs::path& file : keptFiles())
+        if (file != newest && haveSameBytes(file, newest))
+            fs::remove(file);
 }
 
-/// Removes what is too many, and older copies of `newest`, so that they push out no other song.
-void RecoveryFiles::removeSuperfluous(const fs::path& newest) const noexcept {
+/// Leaves the last `keptLimit` songs. Only at a start: no song may go while it is being opened.
+void RecoveryFiles::removeOldest() const noexcept {
     try {
-        std::vector<fs::path> files = keptFiles();
-        std::erase_if(files, [&](const fs::path& file) {
-            return file != newest && haveSameBytes(file, newest) && fs::remove(file);
-        });
+        const std::vector<fs::path> files = keptFiles();
         for (std::size_t i = 0; i + keptLimit < files.size(); ++i)
-            if (files[i] != newest)
-                fs::remove(files[i]);
+            fs::remove(files[i]);
     } catch (const std::exception&) {
-        // Too many songs do no harm.
+        // Too many songs do no harm, and at the first start there are none.
     }
 }
 

@@ -5,6 +5,7 @@
 #include "Platform/FileLock.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -18,7 +19,7 @@ namespace mossbit {
 /// autosave writes it.
 class RecoveryFiles {
 public:
-    /// The number of songs that stay in `Kept`.
+    /// The number of songs that stay in `Kept` at a start.
     static constexpr std::size_t keptLimit = 50;
 
     /// What the copy that writes the autosave has locked.
@@ -44,9 +45,11 @@ public:
 
 private:
     bool takeOver();
+    void addToKept(std::string_view title,
+                   const std::function<void(const std::filesystem::path&)>& add);
     std::vector<std::filesystem::path> keptFiles() const;
-    std::filesystem::path newKeptFile(std::string_view title) const;
-    void removeSuperfluous(const std::filesystem::path& newest) const noexcept;
+    void removeCopies(const std::filesystem::path& newest) const;
+    void removeOldest() const noexcept;
 
     AtomicFile& m_files;
     const std::filesystem::path m_autosave;

@@ -167,7 +167,7 @@ Q_SIGNALS:
     void typedTextNeeded();
 
 private:
-    /// What the user wants for a song that is about to be replaced.
+    /// Whether the song may be replaced: not at all, if it is safe, or even if it gets lost.
     enum class Consent { refused, given, givenToDiscard };
 
     /// True while a modal dialog is up.
@@ -203,13 +203,13 @@ private:
     // Document.
     Consent confirmDiscardIfNeeded();
     Consent askAboutUnsavedWork();
-    bool isInOwnFile() const;
+    bool isSaved() const;
+    bool mayReplaceSong(Consent consent);
     bool secureSong();
     std::optional<Project> read(const std::filesystem::path& url);
     void startUntitled(Project project);
     void open(const std::filesystem::path& url, Consent consent);
-    bool replaceDocument(Project project, std::optional<std::filesystem::path> url,
-                         Consent consent);
+    void replaceDocument(Project project, std::optional<std::filesystem::path> url);
     bool saveDocument();
     bool saveDocumentAs();
     bool write(const std::filesystem::path& url);

@@ -4,7 +4,6 @@
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 
-#include <cerrno>
 #include <exception>
 #include <system_error>
 
@@ -68,9 +67,10 @@ void ProjectViewModel::openCopy(const fs::path& url) {
 }
 
 void ProjectViewModel::startUntitled(Project project) {
-    const Consent consent = confirmDiscardIfNeeded();
-    if (consent != Consent::refused && replaceDocument(std::move(project), std::nullopt, consent))
-        writeAutosave();
+    if (!mayReplaceSong(confirmDiscardIfNeeded()))
+        return;
+    replaceDocument(std::move(project), std::nullopt);
+    writeAutosave();
 }
 
 void ProjectViewModel::open() {
@@ -95,18 +95,20 @@ void ProjectViewModel::openHandedOver(const fs::path& url) {
             m_services.mainLoop.after(handOverDelay, [this, url] { openHandedOver(url); });
         return;
     }
-    // Nobody is asked for the sake of a file that cannot be read. The answer may change the file,
-    // which is why it is read again.
-    if (!read(url))
-        return;
-    const Consent consent = confirmDiscardIfNeeded();
-    if (consent != Consent::refused)
-        open(url, consent);
+    // Nobody is asked for the sake of a file that cannot be read.
+    if (read(url))
+        open(url, confirmDiscardIfNeeded());
 }
 
 void ProjectViewModel::open(const fs::path& url, Consent consent) {
-    if (std::optional<Project> project = read(url))
-        replaceDocument(std::move(*project), url, consent);
+    std::optional<Project> project = read(url);
+    // The same song goes on, perhaps as a kept one that is being opened.
+    if (!project || (*project != m_project && !mayReplaceSong(consent)))
+        return;
+    // An answer of "Save" may have changed the file.
+    project = read(url);
+    if (project)
+        replaceDocument(std::move(*project), url);
 }
 
 std::optional<Project> ProjectViewModel::read(const fs::path& url) {
@@ -138,13 +140,14 @@ ProjectViewModel::Consent ProjectViewModel::askAboutUnsavedWork() {
     return button == saveButton && saveDocument() ? Consent::given : Consent::refused;
 }
 
-/// Returns false, with everything as it was, where the song that is open cannot be put in safety
-/// and the user does not want to lose it.
-bool ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> url,
-                                       Consent consent) {
-    if (consent != Consent::givenToDiscard && !secureSong() &&
-        askAboutUnsavedWork() == Consent::refused)
-        return false;
+/// Whether the song is safe, or the user wants to lose it.
+bool ProjectViewModel::mayReplaceSong(Consent consent) {
+    if (consent == Consent::given)
+        return secureSong() || askAboutUnsavedWork() != Consent::refused;
+    return consent == Consent::givenToDiscard;
+}
+
+void ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> url) {
     // What was discarded must not reach its file after all.
     cancelAutosave();
     stop();
@@ -158,19 +161,18 @@ bool ProjectViewModel::replaceDocument(Project project, std::optional<fs::path> 
     Q_EMIT documentReplaced();
     if (differs)
         Q_EMIT projectChanged();
-    return true;
 }
 
-bool ProjectViewModel::isInOwnFile() const {
-    return m_fileURL && !(m_recovery && m_recovery->contains(*m_fileURL)) &&
-           ProjectStore::holds(*m_fileURL, m_project);
+/// Whether nothing would be lost with this document: the song has no notes, or stands in a file of
+/// the user's own.
+bool ProjectViewModel::isSaved() const {
+    const bool isOwnFile = m_fileURL && !(m_recovery && m_recovery->contains(*m_fileURL));
+    return !m_project.hasNotes() || (isOwnFile && ProjectStore::holds(*m_fileURL, m_project));
 }
 
-/// Keeps the song if it has notes and no file of the user's own holds it. Returns whether it is
-/// safe then.
+/// Whether the song is saved, or now stands among the kept ones.
 bool ProjectViewModel::secureSong() {
-    return !m_project.hasNotes() || isInOwnFile() ||
-           (m_recovery && m_recovery->keep(m_project, documentName()));
+    return isSaved() || (m_recovery && m_recovery->keep(m_project, documentName()));
 }
 
 bool ProjectViewModel::confirmClosing() {
@@ -179,7 +181,8 @@ bool ProjectViewModel::confirmClosing() {
         return true;
     if (m_fileURL)
         writeInBackground(*m_fileURL);
-    if (!m_project.hasNotes() || isInOwnFile())
+    // Among the kept songs nobody would look for it at the next start.
+    if (isSaved())
         return true;
     const Consent consent = askAboutUnsavedWork();
     m_isDiscarded = consent == Consent::givenToDiscard;
@@ -219,8 +222,10 @@ bool ProjectViewModel::write(const fs::path& url) {
         m_services.files.write(url, ProjectStore::encode(m_project));
     } catch (const std::exception& error) {
         const auto* const failure = dynamic_cast<const std::system_error*>(&error);
-        const int code = failure != nullptr ? failure->code().value() : 0;
-        const bool isReadOnly = code == EACCES || code == EPERM || code == EROFS;
+        const std::error_code code = failure != nullptr ? failure->code() : std::error_code();
+        const bool isReadOnly = code == std::errc::permission_denied ||
+                                code == std::errc::operation_not_permitted ||
+                                code == std::errc::read_only_file_system;
         setAlertMessage("Could not save: " + describe(url, error) +
                         (isReadOnly ? ". It is read-only; Save As… writes to another place." : ""));
         return false;

@@ -73,6 +73,7 @@ void ProjectViewModel::autosaveDocument(const std::filesystem::path& url) {
         return;
     }
     writeInBackground(url);
+    // Also after a failure: a write that nobody asked for is no reason to ask about unsaved work.
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
 
