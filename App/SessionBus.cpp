@@ -3,7 +3,9 @@
 #include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
+#include <QGuiApplication>
 #include <QVariantMap>
 
 #include <chrono>
@@ -16,11 +18,11 @@ const QString busName = QStringLiteral("com.quillark.mossbit");
 const QString objectPath = QStringLiteral("/com/quillark/mossbit");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-/// Under this key a request says until when its sender waits.
+/// Under this key a request says until when it may be taken.
 const QString deadlineKey = QStringLiteral("com.quillark.mossbit.deadline");
 
-// In milliseconds. A request that is taken before its deadline is answered long before its sender
-// gives up.
+// In milliseconds. The sender waits longer, so that a request taken at the last moment is still
+// answered in time.
 constexpr int answerLimit = 2000;
 constexpr int deadlineAfter = 1000;
 
@@ -30,8 +32,8 @@ qint64 now() {
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-/// Where Wayland's desktops leave a program that they start the permission to come to the front,
-/// and where Qt looks for it.
+/// A desktop's permission to come to the front, which a program finds in this variable when it is
+/// started. Qt on Wayland reads it there.
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 const QString tokenKey = QStringLiteral("activation-token");
 /// The same for desktops that know nothing but start-up notification.
@@ -47,24 +49,32 @@ public:
 
 public Q_SLOTS:
     // NOLINTBEGIN(readability-identifier-naming): the interface's names.
-    void Activate(const QVariantMap& platformData) { Open({}, platformData); }
+    void Activate(const QVariantMap& platformData, const QDBusMessage& call) {
+        Open({}, platformData, call);
+    }
 
-    void Open(const QStringList& uris, const QVariantMap& platformData) {
-        // After a long stop of this process, the sender has opened the file itself.
+    void Open(const QStringList& uris, const QVariantMap& platformData, const QDBusMessage& call) {
+        // This process did not run for a while: the sender opens the file itself, or already has.
         const QVariant deadline = platformData.value(deadlineKey);
-        if (deadline.isValid() && deadline.toLongLong() < now())
+        if (deadline.isValid() && deadline.toLongLong() < now()) {
+            call.setDelayedReply(true);
+            QDBusConnection::sessionBus().send(
+                call.createErrorReply(QDBusError::TimedOut, QStringLiteral("Too late")));
             return;
+        }
         const QString token =
             platformData.value(tokenKey, platformData.value(startupIdKey)).toString();
-        if (!token.isEmpty())
+        // Not elsewhere, because other threads may be reading the environment.
+        if (!token.isEmpty() && QGuiApplication::platformName() == QLatin1String("wayland"))
             qputenv(tokenVariable, token.toUtf8());
         QMetaObject::invokeMethod(
             &m_bus, [this, uris] { Q_EMIT m_bus.requested(uris); }, Qt::QueuedConnection);
     }
 
     /// The application has no actions of its own; like any request, it brings the window up.
-    void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData) {
-        Open({}, platformData);
+    void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData,
+                        const QDBusMessage& call) {
+        Open({}, platformData, call);
     }
     // NOLINTEND(readability-identifier-naming)
 

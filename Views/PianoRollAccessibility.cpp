@@ -266,9 +266,10 @@ void AccessibleNote::doAction(const QString& name) {
     if (!known)
         return;
     if (name == pressAction())
-        m_roll.model().setSelection({m_id});
+        return m_roll.model().setSelection({m_id});
+    // With the note, this object goes.
     if (name == deleteAction)
-        m_roll.model().deleteNote(m_id);
+        return m_roll.model().deleteNote(m_id);
     for (const NoteStep& step : noteSteps)
         if (name == QLatin1String(step.name))
             change(Note(*known), step);
