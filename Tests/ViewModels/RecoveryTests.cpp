@@ -100,7 +100,10 @@ TEST_F(Recovery, WritesNothingInPlaceOfWhatItCouldNotReadOrMove) {
     harness.files.failure = 0;
     model->flushAutosave();
     EXPECT_EQ(saved(harness.autosave), model->project());
-    const fs::path kept = fs::directory_iterator(harness.autosave.parent_path() / "Kept")->path();
+    fs::path kept;
+    for (const auto& entry : fs::directory_iterator(harness.autosave.parent_path() / "Kept"))
+        if (entry.path().extension() == ".mossbit")
+            kept = entry.path();
     EXPECT_TRUE(kept.filename().string().ends_with(" Autosave.mossbit"));
     EXPECT_EQ(bytesOf(kept), "{\"tempo\": \"fast\"}");
 
