@@ -267,9 +267,9 @@ void AccessibleNote::doAction(const QString& name) {
         return;
     if (name == pressAction())
         return m_roll.model().setSelection({m_id});
-    // With the note, this object goes.
+    // With the note goes this object, and its identifier.
     if (name == deleteAction)
-        return m_roll.model().deleteNote(m_id);
+        return m_roll.model().deleteNote(Uuid(m_id));
     for (const NoteStep& step : noteSteps)
         if (name == QLatin1String(step.name))
             change(Note(*known), step);
