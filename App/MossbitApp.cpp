@@ -50,8 +50,8 @@ void MossbitApp::followTheSystem() {
         Qt::DirectConnection);
     QObject::connect(&m_endSignals, &EndSignals::received, &m_delegate, [this] {
         terminate();
-        // Not by way of the main loop: a dialog of the desktop's may run one that does not end, and
-        // a sound server that hangs would be waited for.
+        // Not through the main loop: a native dialog may run a nested one that never ends, and a
+        // sound server that hangs would be waited for.
         std::_Exit(EXIT_SUCCESS);
     });
     QObject::connect(&m_bus, &SessionBus::requested, &m_delegate, [this](const QStringList& uris) {
@@ -63,7 +63,7 @@ void MossbitApp::followTheSystem() {
 }
 
 void MossbitApp::terminate() {
-    // A double-click while the song is being saved starts a fresh copy.
+    // From here on, a double-click on a song starts a new process.
     m_bus.leave();
     m_delegate.applicationWillTerminate();
 }
@@ -72,8 +72,8 @@ void MossbitApp::makeDocument() {
     // First, because it finds the device while the song is read.
     m_audioOutput = std::make_unique<SdlAudioOutput>();
     const std::filesystem::path autosave = ProjectStore::autosaveURL(applicationSupportFolder());
-    // A copy that has just been closed may still be saving. One that goes on running keeps the
-    // autosave; this one then takes it over when the other ends.
+    // Another process that has just been closed may still be saving. One that goes on running keeps
+    // the autosave, and this one takes it over when that ends.
     FileLock(RecoveryFiles::lockFile(autosave)).claim(std::chrono::seconds(2));
     const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, *m_audioOutput,
                                         writeSystemLog};

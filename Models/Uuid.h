@@ -14,7 +14,8 @@ namespace mossbit {
 struct Uuid {
     std::array<std::uint8_t, 16> bytes{};
 
-    /// A new random (version 4) identifier.
+    /// A new random (version 4) identifier. Throws `std::system_error` where the system gives no
+    /// random bytes.
     static Uuid random();
 
     /// Reads the 36-character form, in either case; nothing for any other text.

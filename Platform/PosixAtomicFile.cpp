@@ -107,6 +107,8 @@ bool copyAccessList(const fs::path& from, const fs::path& to) {
     const ssize_t size = ::getxattr(from.c_str(), name, list.data(), list.size());
     if (size >= 0)
         return ::setxattr(to.c_str(), name, list.data(), static_cast<std::size_t>(size), 0) == 0;
+    if (errno != ENODATA && errno != ENOTSUP)
+        return false;
     return ::removexattr(to.c_str(), name) == 0 || errno == ENODATA || errno == ENOTSUP;
 #endif
 }

@@ -10,7 +10,7 @@ constexpr double padding = 7;
 /// Neighbours share their outline.
 constexpr int overlap = 1;
 
-/// Its row draws it, which knows what lies over what.
+/// Paints nothing: the row draws its segments, in the order in which they overlap.
 class Segment : public PixelButton {
 public:
     using PixelButton::PixelButton;

@@ -23,7 +23,7 @@ constexpr std::int64_t firstCentredPitch = 72;
 constexpr int verticalStep = 15;
 constexpr int horizontalStep = 20;
 /// More changed notes than this are not worth finding out one by one.
-constexpr std::size_t mostSingleRepaints = 16;
+constexpr std::ptrdiff_t mostSingleRepaints = 16;
 
 /// Lies over keys and grid while Tab has brought the keyboard here.
 class FocusMark : public QWidget {
@@ -85,7 +85,7 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     connect(&vm, &ProjectViewModel::selectionChanged, viewport(), qOverload<>(&QWidget::update));
     connect(&vm, &ProjectViewModel::playheadChanged, this, &PianoRollView::showPlayhead);
     connect(&vm, &ProjectViewModel::documentReplaced, this, [this] { m_drag.reset(); });
-    // To go on would change the song without an undo step of its own.
+    // A drag that went on after undo would change the song without an undo step.
     connect(&vm, &ProjectViewModel::historyTravelled, this, [this] { m_drag.reset(); });
 }
 
@@ -139,7 +139,7 @@ void PianoRollView::showEvent(QShowEvent* event) {
     QAbstractScrollArea::showEvent(event);
     if (m_hasCentred || event->spontaneous())
         return;
-    // Also when the drums are shown first: nothing is centred later.
+    // Drums are not centred, and nothing is centred later.
     m_hasCentred = true;
     m_keepsCentred = m_vm.selectedChannel().kind != ChannelKind::noise;
     qApp->installEventFilter(this);
@@ -183,11 +183,11 @@ void PianoRollView::scrollContentsBy(int dx, int dy) {
 
 void PianoRollView::wheelEvent(QWheelEvent* event) {
     const auto turned = [&](const QPoint& delta) {
-        // Some systems have turned it already.
+        // macOS swaps the axes itself while Shift is held.
         const bool isSideways = (event->modifiers() & Qt::ShiftModifier) && delta.y() != 0;
         return isSideways ? delta.transposed() : delta;
     };
-    // Without the modifiers, with which scroll bars would go by pages.
+    // With a modifier, scroll bars would scroll by pages.
     QWheelEvent plain(event->position(), event->globalPosition(), turned(event->pixelDelta()),
                       turned(event->angleDelta()), event->buttons(), Qt::NoModifier, event->phase(),
                       event->inverted());
@@ -258,15 +258,13 @@ void PianoRollView::repaintDifferences(const std::vector<Note>& before,
     const auto [lastBefore, lastAfter] =
         std::mismatch(before.rbegin(), std::make_reverse_iterator(firstBefore), after.rbegin(),
                       std::make_reverse_iterator(firstAfter));
-    const std::vector<Note> gone(firstBefore, lastBefore.base());
-    const std::vector<Note> come(firstAfter, lastAfter.base());
-    if (gone.size() + come.size() > mostSingleRepaints) {
+    const auto repaint = [this](const Note& note) { repaintNote(note); };
+    if (lastBefore.base() - firstBefore + (lastAfter.base() - firstAfter) > mostSingleRepaints) {
         viewport()->update();
         return;
     }
-    for (const std::vector<Note>& notes : {gone, come})
-        for (const Note& note : notes)
-            repaintNote(note);
+    std::for_each(firstBefore, lastBefore.base(), repaint);
+    std::for_each(firstAfter, lastAfter.base(), repaint);
 }
 
 void PianoRollView::showPlayhead() {
