@@ -22,8 +22,11 @@ TEST(RenderPattern, ClipsNotesToThePattern) {
         EXPECT_EQ(pattern.channels[0].events[0].start, c.start);
         EXPECT_EQ(pattern.channels[0].events[0].end, c.end);
     }
-    const RenderPattern pattern(song({.bars = 4}).note(60, 64, 1));
-    EXPECT_TRUE(pattern.channels[0].events.empty());
+    const RenderPattern pattern(
+        song({.bars = 4}).note(60, 64, 1).note(60, 0, 1, 20).note(60, 1, 1, -3));
+    ASSERT_EQ(pattern.channels[0].events.size(), 2U);
+    EXPECT_EQ(pattern.channels[0].events[0].velocity, 1);
+    EXPECT_EQ(pattern.channels[0].events[1].velocity, 0);
 }
 
 TEST(RenderPattern, SortsNotesAndLetsTheLastStoredOneOwnItsTick) {
@@ -43,17 +46,6 @@ TEST(RenderPattern, SortsNotesAndLetsTheLastStoredOneOwnItsTick) {
     EXPECT_EQ(channel.startAtTick[8], 3);
     EXPECT_EQ(channel.startAtTick[16], 4);
     EXPECT_EQ(std::count(channel.startAtTick.begin(), channel.startAtTick.end(), -1), 29);
-}
-
-TEST(RenderPattern, ConvertsSettingsToFloats) {
-    const RenderPattern pattern(
-        song({.bars = 1}).note(60, 0, 1, 20).note(60, 1, 1, -3).note(60, 2, 1, 3));
-    const RenderChannel& pulse = pattern.channels[0];
-    EXPECT_EQ(pulse.level, 11.0F / 15.0F);
-    EXPECT_EQ(pulse.duty, 0.5F);
-    EXPECT_EQ(pulse.events[0].velocity, 1.0F);
-    EXPECT_EQ(pulse.events[1].velocity, 0.0F);
-    EXPECT_EQ(pulse.events[2].velocity, 3.0F / 15.0F);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "Audio/AudioEngine.h"
 #include "Platform/SdlAudioOutput.h"
 #include "Tests/Support/SoundCheck.h"
 #include "Tests/Support/SoundServer.h"

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "Platform/AudioOutput.h"
-#include "Tests/Support/RepeatingThread.h"
 
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -12,20 +10,16 @@
 
 namespace mossbit {
 
-/// A sound device without sound. A test pulls blocks by hand, or lets a thread pull them as fast
-/// as it can while the device runs.
+/// A sound device without sound, whose blocks a test pulls by hand.
 class FakeAudioOutput : public AudioOutput {
 public:
     // What the device is like.
     double rate = 48000;
     /// Not empty: `start` fails with these words.
     std::string startError;
-    bool pullsOnThread = false;
 
     /// At which the source was set.
     double sourceRate = 0;
-
-    ~FakeAudioOutput() override { FakeAudioOutput::stop(); }
 
     double sampleRate() override { return rate; }
 
@@ -42,15 +36,9 @@ public:
         if (!startError.empty())
             throw std::runtime_error(startError);
         m_running = true;
-        if (pullsOnThread)
-            m_thread.emplace(
-                [this, block = std::vector<float>(512)]() mutable { m_source(block); });
     }
 
-    void stop() override {
-        m_running = false;
-        m_thread.reset();
-    }
+    void stop() override { m_running = false; }
 
     /// The device went away while it was running.
     void lose() { m_running = false; }
@@ -67,7 +55,6 @@ public:
 private:
     Source m_source;
     bool m_running = false;
-    std::optional<RepeatingThread> m_thread;
 };
 
 } // namespace mossbit

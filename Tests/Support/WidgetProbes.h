@@ -5,8 +5,6 @@
 #include <QMouseEvent>
 #include <QWidget>
 
-#include <cstdlib>
-
 namespace mossbit {
 
 /// What a widget looks like at a ratio of device pixels to points.
@@ -24,22 +22,6 @@ inline QImage render(QWidget& widget, double ratio) {
 inline QColor colorAt(const QImage& image, const QPointF& point) {
     const QPointF pixel = point * image.devicePixelRatio();
     return image.pixelColor(static_cast<int>(pixel.x()), static_cast<int>(pixel.y()));
-}
-
-/// `top` drawn over `bottom`.
-inline QColor over(const QColor& bottom, const QColor& top) {
-    const auto mix = [&](float below, float above) {
-        return below + (above - below) * top.alphaF();
-    };
-    return QColor::fromRgbF(mix(bottom.redF(), top.redF()), mix(bottom.greenF(), top.greenF()),
-                            mix(bottom.blueF(), top.blueF()));
-}
-
-/// The same but for rounding.
-inline bool isNear(const QColor& a, const QColor& b, int tolerance = 2) {
-    return std::abs(a.red() - b.red()) <= tolerance &&
-           std::abs(a.green() - b.green()) <= tolerance &&
-           std::abs(a.blue() - b.blue()) <= tolerance;
 }
 
 /// Sends one mouse event to a widget, as the window system would.

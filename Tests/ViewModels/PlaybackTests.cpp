@@ -102,29 +102,5 @@ TEST_F(Playback, ADeviceThatDoesNotStartOrIsLostForGoodIsReported) {
     }
 }
 
-TEST_F(Playback, EditsAtFullSpeedMeetARenderingThread) {
-    harness.output.pullsOnThread = true;
-    restart(song({.tempo = 300, .bars = 1, .loop = false}).note(60, 0, 16));
-    for (int round = 0; round < 3000; ++round) {
-        const std::int64_t value = round % 61;
-        model->addNote(36 + value, value % 16);
-        model->updateNote(*model->selection().begin(), {.length = 1 + value % 4});
-        if (round % 7 == 0)
-            model->toggleLoop();
-        if (round % 20 == 0)
-            model->deleteSelection();
-        if (round % 3 == 0)
-            model->undo();
-        if (round % 50 == 0)
-            model->play();
-        if (round % 400 == 399)
-            model->stop();
-        model->setSelectedChannelIndex(round % 3);
-        harness.pass(1.0 / 60);
-        ASSERT_TRUE(model->playhead() >= -1 && model->playhead() <= 16);
-        ASSERT_EQ(model->isPlaying(), harness.output.isRunning());
-    }
-}
-
 } // namespace
 } // namespace mossbit
