@@ -10,8 +10,8 @@ buildPackages=(g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libxcb1-d
 # shellcheck disable=SC2034
 testPackages=(libgtest-dev libbenchmark-dev clang libclang-rt-dev pulseaudio pulseaudio-utils
     xvfb openbox xdotool x11-utils imagemagick dbus libglib2.0-bin desktop-file-utils
-    qt6-gtk-platformtheme appstream libxml2-utils lintian shared-mime-info dpkg-dev file man-db
-    g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user)
+    at-spi2-core python3-gi gir1.2-atspi-2.0 qt6-gtk-platformtheme appstream libxml2-utils lintian
+    shared-mime-info dpkg-dev file man-db g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user)
 
 say() {
     printf '%s\n' "$*"
@@ -33,11 +33,11 @@ otherPackages() {
         "libxcb-devel SDL2-devel pulseaudio-libs-devel json-devel dejavu-sans-mono-fonts;" \
         "for tests gtest-devel google-benchmark-devel clang compiler-rt xorg-x11-server-Xvfb" \
         "openbox xdotool xprop xwininfo ImageMagick dbus-daemon glib2" \
-        "qt6-qtbase-gui pulseaudio pulseaudio-utils" ;;
+        "qt6-qtbase-gui pulseaudio pulseaudio-utils at-spi2-core python3-gobject" ;;
     *' arch '*) say "sudo pacman -S --needed gcc cmake ninja pkgconf qt6-base libxcb sdl2-compat" \
         "libpulse nlohmann-json ttf-dejavu; for tests gtest benchmark clang compiler-rt" \
         "xorg-server-xvfb openbox xdotool xorg-xprop xorg-xwininfo imagemagick dbus" \
-        "glib2 gtk3 pulseaudio" ;;
+        "glib2 gtk3 pulseaudio at-spi2-core python-gobject" ;;
     *) say "what Debian calls ${buildPackages[*]}; for tests ${testPackages[*]}" ;;
     esac
 }

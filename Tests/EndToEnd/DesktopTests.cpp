@@ -146,6 +146,15 @@ TEST_F(Window, TakesTheFileOfASecondStart) {
     EXPECT_TRUE(desktop.waitForTitle("one"));
 }
 
+TEST_F(Window, IsWrittenInAndReadByScreenReaders) {
+    // The system's own Python: another one does not have the package for the bus.
+    EXPECT_EQ(desktop.outputOf({"/usr/bin/python3", "-B", MOSSBIT_SCREEN_READER, MOSSBIT_PROGRAM}),
+              "passed\n");
+    const auto left = desktop.autosave();
+    ASSERT_TRUE(left);
+    EXPECT_EQ(left->channels[0].notes.size(), 8);
+}
+
 struct SoundServerFirst {
     SoundServer server;
 };
