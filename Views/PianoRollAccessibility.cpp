@@ -112,6 +112,12 @@ public:
         return found == m_notes.end() ? -1 : static_cast<int>(found - m_notes.begin());
     }
 
+    /// The only note that is selected: what a screen reader follows and speaks of.
+    QAccessibleInterface* focusChild() const override {
+        return m_view.hasFocus() && m_selection.size() == 1 ? interfaceOf(*m_selection.begin())
+                                                            : nullptr;
+    }
+
     QAccessibleInterface* childAt(int x, int y) const override {
         const QPointF point = m_view.viewport()->mapFromGlobal(QPointF(x, y));
         const Note* note =
@@ -192,6 +198,9 @@ private:
                 send(interfaceOf(note.id),
                      isSelected ? QAccessible::SelectionAdd : QAccessible::SelectionRemove);
         }
+        QAccessibleInterface* const note = focusChild();
+        if (note || (before.size() == 1 && m_view.hasFocus()))
+            send(note ? note : this, QAccessible::Focus);
     }
 
     /// Where the last one ends, so that a melody can be written note by note.
@@ -250,6 +259,8 @@ QAccessible::State AccessibleNote::state() const {
         return state;
     state.selectable = true;
     state.selected = m_roll.model().selection().contains(m_id);
+    state.focusable = true;
+    state.focused = m_roll.focusChild() == this;
     state.offscreen = !m_view.visibleNoteRect(*known).intersects(m_view.viewport()->rect());
     return state;
 }

@@ -43,6 +43,7 @@ TEST_F(PianoRollReader, WritesASongNoteByNoteAndChangesIt) {
     EXPECT_FALSE(second.state().selected);
     after(second, "Press");
     EXPECT_TRUE(second.state().selected);
+    EXPECT_EQ(roll.focusChild(), &second) << "of which screen readers speak";
     second.actionInterface()->doAction("Delete");
     EXPECT_EQ(roll.childCount(), 7);
     for (int steps = 0; steps < 7; ++steps)
