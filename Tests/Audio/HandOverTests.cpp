@@ -22,13 +22,21 @@ namespace {
 /// Whether this thread is where it must neither allocate nor free memory.
 thread_local bool isAllocationForbidden = false;
 
-void checkAllocation() {
+[[maybe_unused]] void checkAllocation() {
     if (std::exchange(isAllocationForbidden, false))
         ADD_FAILURE() << "memory was allocated or freed while rendering";
 }
 
 } // namespace
 
+// Sanitizers have allocators of their own; only clang builds with them.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define MOSSBIT_FOREIGN_ALLOCATOR
+#endif
+#endif
+
+#ifndef MOSSBIT_FOREIGN_ALLOCATOR
 // The program's own definitions come before the library's. Inlined, GCC 12 would warn that the two
 // do not match.
 [[gnu::noinline]] void* operator new(std::size_t size) {
@@ -46,6 +54,7 @@ void checkAllocation() {
 void operator delete(void* block, std::size_t) noexcept {
     operator delete(block);
 }
+#endif
 
 namespace mossbit {
 namespace {
