@@ -74,8 +74,8 @@ private:
     const Uuid m_id;
 };
 
-/// The piano roll: a list of the selected channel's notes in the order in which they sound. It
-/// follows the song from the moment when an assistive tool first asks for it.
+/// The piano roll: a list of the selected channel's notes in the order in which they sound. While
+/// no assistive tool listens, it looks at the song only when it is asked.
 class AccessiblePianoRoll : public QAccessibleWidget {
 public:
     explicit AccessiblePianoRoll(PianoRollView& view)
@@ -95,27 +95,35 @@ public:
     ~AccessiblePianoRoll() override { dropChildren(); }
 
     ProjectViewModel& model() const { return m_view.viewModel(); }
-    const std::vector<Note>& notes() const { return m_notes; }
+    const std::vector<Note>& notes() const {
+        if (std::exchange(m_isStale, false)) {
+            m_channel = model().selectedChannelIndex();
+            m_notes = soundingNotes();
+            m_selection = model().selection();
+        }
+        return m_notes;
+    }
 
-    int childCount() const override { return static_cast<int>(m_notes.size()); }
+    int childCount() const override { return static_cast<int>(notes().size()); }
 
     QAccessibleInterface* child(int index) const override {
         return index < 0 || index >= childCount()
                    ? nullptr
-                   : interfaceOf(m_notes[static_cast<std::size_t>(index)].id);
+                   : interfaceOf(notes()[static_cast<std::size_t>(index)].id);
     }
 
     int indexOfChild(const QAccessibleInterface* child) const override {
         const auto* note = dynamic_cast<const AccessibleNote*>(child);
-        const auto found = std::find_if(m_notes.begin(), m_notes.end(),
+        const auto found = std::find_if(notes().begin(), notes().end(),
                                         [&](const Note& n) { return note && n.id == note->id(); });
-        return found == m_notes.end() ? -1 : static_cast<int>(found - m_notes.begin());
+        return found == notes().end() ? -1 : static_cast<int>(found - notes().begin());
     }
 
     /// The only note that is selected: what a screen reader follows and speaks of.
     QAccessibleInterface* focusChild() const override {
-        return m_view.hasFocus() && m_selection.size() == 1 ? interfaceOf(*m_selection.begin())
-                                                            : nullptr;
+        const ProjectViewModel::Selection& selection = model().selection();
+        return m_view.hasFocus() && selection.size() == 1 ? interfaceOf(*selection.begin())
+                                                          : nullptr;
     }
 
     QAccessibleInterface* childAt(int x, int y) const override {
@@ -161,6 +169,9 @@ private:
     }
 
     void followProject() {
+        m_isStale = m_isStale || !QAccessible::isActive();
+        if (m_isStale)
+            return;
         std::vector<Note> now = soundingNotes();
         if (std::exchange(m_channel, model().selectedChannelIndex()) !=
             model().selectedChannelIndex()) {
@@ -191,6 +202,10 @@ private:
     }
 
     void followSelection() {
+        if (!QAccessible::isActive() || m_isStale) {
+            m_isStale = true;
+            return;
+        }
         const auto before = std::exchange(m_selection, model().selection());
         for (const Note& note : m_notes) {
             const bool isSelected = m_selection.contains(note.id);
@@ -207,17 +222,19 @@ private:
     void addNote() {
         const std::int64_t step = m_view.grid().gridStep;
         Note last{.pitch = m_view.grid().isNoise ? 0 : firstAddedPitch, .start = 0, .length = 0};
-        for (const Note& note : m_notes)
+        for (const Note& note : notes())
             if (note.start + note.length > last.start + last.length)
                 last = note;
         model().addNote(last.pitch, (last.start + last.length + step - 1) / step * step);
     }
 
     PianoRollView& m_view;
-    int m_channel;
+    mutable int m_channel;
     /// As assistive tools know them.
-    std::vector<Note> m_notes;
-    ProjectViewModel::Selection m_selection;
+    mutable std::vector<Note> m_notes;
+    mutable ProjectViewModel::Selection m_selection;
+    /// Notes and selection may have changed since.
+    mutable bool m_isStale = false;
     mutable std::unordered_map<Uuid, QAccessible::Id> m_children;
     /// Ends the connections.
     QObject m_context;
