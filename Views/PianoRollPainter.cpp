@@ -133,7 +133,10 @@ void PianoRollPainter::barNumbers() {
             const QRectF rect(x + 1, middle - 6, 13, 12);
             if (!isExposed(rect))
                 continue;
-            m_pixels.fill(rect, plate);
+            // Beside the bar line, which rounding may have made wider than a point.
+            QRect pixels = m_pixels.toDevice(rect);
+            pixels.setLeft(std::max(pixels.left(), m_pixels.deviceX(x) + m_pixels.thickness(1)));
+            m_pixels.fillPixels(pixels, plate);
             m_pixels.centredText(QString::number(bar + 1), font, Palette::textDim,
                                  {x + 7.5, middle});
         }

@@ -140,12 +140,6 @@ TEST_F(MenuBar, DimsWhatCannotBeDone) {
     EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
 }
 
-TEST_F(MenuBar, AHeldKeyRepeatsOnlyUndoAndRedo) {
-    for (const auto& [title, repeats] :
-         {std::pair("Undo", true), {"Redo", true}, {"Toggle Loop", false}, {"New", false}})
-        EXPECT_EQ(item(title).autoRepeat(), repeats) << title;
-}
-
 TEST_F(MenuBar, LeavesTheKeysOfTextToTheTempoField) {
     model->addNote(60, 0);
     const auto typeTempo = [&](const QString& text) {
