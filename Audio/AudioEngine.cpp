@@ -64,7 +64,7 @@ void AudioEngine::update(const Project& project) {
 }
 
 std::int64_t AudioEngine::playheadTick() const {
-    return m_isPlaying && m_core ? m_core->publishedTick() : -1;
+    return m_isPlaying ? m_core->publishedTick() : -1;
 }
 
 bool AudioEngine::reachedEnd() const {

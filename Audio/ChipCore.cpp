@@ -10,41 +10,27 @@ namespace mossbit {
 
 ChipCore::ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRate)
     : m_sampleRate(sampleRate),
-      m_storage(Orders{.pattern = pattern}),
-      m_tickBox(Report{}),
-      m_keptPatterns({pattern}),
       m_pattern(std::move(pattern)),
       m_highPass{.coefficient = HighPass::coefficientFor(static_cast<float>(sampleRate))} {}
 
 void ChipCore::update(std::shared_ptr<const RenderPattern> pattern) {
-    m_keptPatterns.push_back(pattern);
-    m_storage.with([&](Orders& orders) { orders.pattern.swap(pattern); });
-    pattern.reset();
-    releaseUnusedPatterns();
-}
-
-void ChipCore::releaseUnusedPatterns() {
-    // A pattern that has left the storage can reach the audio thread no more, so a count of one,
-    // ours, stays one.
-    std::erase_if(m_keptPatterns, [](const auto& kept) { return kept.use_count() == 1; });
+    m_storage.with([&](NextPattern& next) {
+        next.pattern.swap(pattern);
+        next.isNew = true;
+    });
 }
 
 void ChipCore::rewind() {
-    const std::uint64_t generation = m_storage.with([](Orders& orders) {
-        orders.rewind = true;
-        return ++orders.generation;
+    m_tickBox.with([this](Report& report) {
+        report = {};
+        m_rewindOrdered = true;
     });
-    m_tickBox.with([&](Report& report) { report = {.generation = generation}; });
 }
 
 void ChipCore::silence() {
-    const std::uint64_t generation = m_storage.with([](Orders& orders) {
-        orders.silence = true;
-        return ++orders.generation;
-    });
-    m_tickBox.with([&](Report& report) {
+    m_tickBox.with([this](Report& report) {
         report.tick = -1;
-        report.generation = generation;
+        m_silenceOrdered = true;
     });
 }
 
@@ -57,7 +43,7 @@ bool ChipCore::isFinished() const {
 }
 
 void ChipCore::render(std::span<float> into) noexcept {
-    const std::uint64_t generation = takeOrders();
+    takeOrders();
     const double samplesPerTick = m_sampleRate * (60 / m_pattern->tempo * 0.25);
     while (!into.empty()) {
         if (m_samplesToNextTick <= 0) {
@@ -74,19 +60,18 @@ void ChipCore::render(std::span<float> into) noexcept {
     }
     m_tickBox.with([&](Report& report) {
         // A rewind or silence since this call began has already published its own.
-        if (report.generation == generation)
-            report = {m_finished ? -1 : m_currentTick, m_finished, generation};
+        if (!m_rewindOrdered && !m_silenceOrdered)
+            report = {m_finished ? -1 : m_currentTick, m_finished};
     });
 }
 
-std::uint64_t ChipCore::takeOrders() {
-    bool rewind = false;
-    bool silence = false;
-    const std::uint64_t generation = m_storage.with([&](Orders& orders) {
-        m_pattern = orders.pattern;
-        rewind = std::exchange(orders.rewind, false);
-        silence = std::exchange(orders.silence, false);
-        return orders.generation;
+void ChipCore::takeOrders() {
+    const bool rewind = m_rewindOrdered.exchange(false);
+    const bool silence = m_silenceOrdered.exchange(false);
+    // Afterwards, so that a rewind does not begin the old song when a new one came with it.
+    m_storage.with([this](NextPattern& next) {
+        if (std::exchange(next.isNew, false))
+            next.pattern.swap(m_pattern);
     });
     if (rewind || silence) {
         for (Voice& voice : m_voices)
@@ -99,7 +84,6 @@ std::uint64_t ChipCore::takeOrders() {
         m_highPass.x = 0;
         m_highPass.y = 0;
     }
-    return generation;
 }
 
 void ChipCore::advanceTick(std::int64_t total) {
@@ -109,8 +93,7 @@ void ChipCore::advanceTick(std::int64_t total) {
         m_currentTick = total;
         for (Voice& voice : m_voices)
             voice.noteOff();
-        m_finished = m_finished || std::all_of(m_voices.begin(), m_voices.end(),
-                                               [](const Voice& voice) { return voice.isIdle(); });
+        m_finished = m_finished || std::ranges::all_of(m_voices, &Voice::isIdle);
         return;
     }
     if (reachedEnd)

@@ -6,10 +6,10 @@
 #include "Audio/Voices.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
 
 namespace mossbit {
 
@@ -43,38 +43,31 @@ public:
     bool isFinished() const;
 
 private:
-    /// What the main thread hands to the next render call.
-    struct Orders {
+    /// The pattern for the next render call or, once that has taken it, the one played before: the
+    /// main thread drops what it finds here, which keeps `free` off the audio thread.
+    struct NextPattern {
         std::shared_ptr<const RenderPattern> pattern;
-        bool rewind = false;
-        bool silence = false;
-        /// Counts `rewind` and `silence` calls, to tell a render call that began before one.
-        std::uint64_t generation = 0;
+        bool isNew = false;
     };
 
     /// What a render call hands back.
     struct Report {
         std::int64_t tick = -1;
         bool finished = false;
-        std::uint64_t generation = 0;
     };
 
-    // Main thread.
-    void releaseUnusedPatterns();
-
     // Audio thread.
-    std::uint64_t takeOrders();
+    void takeOrders();
     void advanceTick(std::int64_t total);
     void mix(std::span<float> into);
     float nextSample();
 
     const double m_sampleRate;
-    LockedBox<Orders> m_storage;
-    mutable LockedBox<Report> m_tickBox;
-
-    // Main thread: every pattern that the audio thread may still hold. Dropping the last reference
-    // here, never there, keeps `free` off the audio thread.
-    std::vector<std::shared_ptr<const RenderPattern>> m_keptPatterns;
+    LockedBox<NextPattern> m_storage{{}};
+    mutable LockedBox<Report> m_tickBox{{}};
+    // Orders for the next render call, given while the tick's box is locked.
+    std::atomic<bool> m_rewindOrdered = false;
+    std::atomic<bool> m_silenceOrdered = false;
 
     // Audio thread.
     std::array<Voice, 4> m_voices;

@@ -75,14 +75,15 @@ TEST(HandOver, PatternsAreReleasedOnceNobodyPlaysThem) {
 }
 
 TEST(HandOver, ARunningCallDoesNotUndoARewind) {
-    ChipCore core(compiled(Project()), 44100);
+    auto first = compiled(Project());
+    ChipCore core(first, 44100);
+    const std::weak_ptr<const RenderPattern> replaced = std::exchange(first, nullptr);
     const auto pattern = compiled(song({.bars = 1, .loop = false}).note(60, 0, 1));
     core.update(pattern);
-    const long before = pattern.use_count();
     std::thread thread([&] { rendered(core, 1'000'000); }); // Past the end of the song.
-    // Once the call has taken the pattern, an order can only be for the next call.
-    while (pattern.use_count() == before)
-        std::this_thread::yield();
+    // Once the call has given back the first pattern, an order can only be for the next call.
+    while (!replaced.expired())
+        core.update(pattern);
     core.rewind();
     thread.join();
     EXPECT_EQ(core.publishedTick(), -1);
