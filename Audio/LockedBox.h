@@ -1,57 +1,53 @@
 #pragma once
 
 #include <pthread.h>
-#include <unistd.h>
 
+#include <mutex>
 #include <utility>
 
 namespace mossbit {
 
-/// One value handed between threads, read and changed only while its lock is held. Hold it for a
-/// copy, never for work: the audio thread waits here too. The lock inherits priority where the
-/// system can, so that a descheduled main thread does not keep the audio thread waiting.
-template <typename Value>
-class LockedBox {
+/// A mutex whose holder inherits the priority of whoever waits, where the system can do that: a
+/// descheduled main thread does not keep the audio thread waiting.
+class InheritingMutex {
 public:
-    explicit LockedBox(Value value) : m_value(std::move(value)) {
+    InheritingMutex() {
         pthread_mutexattr_t attributes;
         pthread_mutexattr_init(&attributes);
-#if defined(_POSIX_THREAD_PRIO_INHERIT) && _POSIX_THREAD_PRIO_INHERIT > 0
         pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT);
-#endif
         // Some kernels do not know the protocol.
         if (pthread_mutex_init(&m_mutex, &attributes) != 0)
             pthread_mutex_init(&m_mutex, nullptr);
         pthread_mutexattr_destroy(&attributes);
     }
 
-    ~LockedBox() {
-        pthread_mutex_destroy(&m_mutex);
-    }
+    ~InheritingMutex() { pthread_mutex_destroy(&m_mutex); }
+    InheritingMutex(const InheritingMutex&) = delete;
+    InheritingMutex& operator=(const InheritingMutex&) = delete;
 
-    LockedBox(const LockedBox&) = delete;
-    LockedBox& operator=(const LockedBox&) = delete;
+    void lock() { pthread_mutex_lock(&m_mutex); }
+    void unlock() { pthread_mutex_unlock(&m_mutex); }
+
+private:
+    pthread_mutex_t m_mutex;
+};
+
+/// One value handed between threads, read and changed only while its lock is held. Hold it for a
+/// copy, never for work: the audio thread waits here too.
+template <typename Value>
+class LockedBox {
+public:
+    explicit LockedBox(Value value) : m_value(std::move(value)) {}
 
     /// Calls `action(value)` under the lock and returns its result.
     template <typename Action>
     auto with(Action&& action) {
-        const Guard guard(m_mutex);
+        const std::lock_guard guard(m_mutex);
         return std::forward<Action>(action)(m_value);
     }
 
 private:
-    class Guard {
-    public:
-        explicit Guard(pthread_mutex_t& mutex) : m_mutex(mutex) { pthread_mutex_lock(&m_mutex); }
-        ~Guard() { pthread_mutex_unlock(&m_mutex); }
-        Guard(const Guard&) = delete;
-        Guard& operator=(const Guard&) = delete;
-
-    private:
-        pthread_mutex_t& m_mutex;
-    };
-
-    pthread_mutex_t m_mutex;
+    InheritingMutex m_mutex;
     Value m_value;
 };
 
