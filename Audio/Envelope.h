@@ -33,11 +33,36 @@ struct Envelope {
         level = 0;
     }
 
-    /// Moves `level` by one sample.
-    void advance();
-
     /// Where a decay ends.
     float decayFloor() const { return percussive ? 0.0F : sustainLevel; }
+
+    /// Moves `level` by one sample.
+    void advance() {
+        switch (stage) {
+        case Stage::attack:
+            level += attackStep;
+            if (level >= 1) {
+                level = 1;
+                stage = percussive || sustainLevel < 1 ? Stage::decay : Stage::sustain;
+            }
+            break;
+        case Stage::decay:
+            level -= decayStep;
+            if (level <= decayFloor()) {
+                level = decayFloor();
+                stage = percussive ? Stage::idle : Stage::sustain;
+            }
+            break;
+        case Stage::release:
+            level -= releaseStep;
+            if (level <= 0)
+                silence();
+            break;
+        case Stage::idle:
+        case Stage::sustain:
+            break;
+        }
+    }
 };
 
 } // namespace mossbit

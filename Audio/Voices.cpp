@@ -8,28 +8,19 @@ namespace mossbit {
 
 namespace {
 
-using WaveLevels = std::array<std::uint8_t, 32>;
+using WaveLevels = std::array<std::uint8_t, waveTableLength>;
 
-// Sines of one and three periods, quantised to 16 levels. Stored, not computed: a level that lies
-// close to the middle between two must not depend on a system's own sine.
-constexpr WaveLevels triangleLevels = {0,  1,  2,  3,  4,  5,  6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
-                                       15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5,  4,  3,  2,  1,  0};
-constexpr WaveLevels softLevels = {8, 9, 10, 12, 13, 14, 14, 15, 15, 15, 14, 14, 13, 12, 10, 9,
-                                   8, 6, 5,  3,  2,  1,  1,  0,  0,  0,  1,  1,  2,  3,  5,  6};
-constexpr WaveLevels hollowLevels = {8, 10, 12, 13, 13, 13, 12, 11, 10, 11, 12, 13, 13, 13, 12, 10,
-                                     8, 5,  3,  2,  2,  2,  3,  4,  5,  4,  3,  2,  2,  2,  3,  5};
-
-const WaveLevels& waveLevels(WavePreset preset) {
-    switch (preset) {
-    case WavePreset::triangle:
-        return triangleLevels;
-    case WavePreset::soft:
-        return softLevels;
-    case WavePreset::hollow:
-        break;
-    }
-    return hollowLevels;
-}
+/// In the order of `WavePreset`: a triangle, and sines of one and three periods, quantised to 16
+/// levels. Stored, not computed: a level that lies close to the middle between two must not depend
+/// on a system's own sine.
+constexpr std::array<WaveLevels, 3> waveLevels = {{
+    {0,  1,  2,  3,  4,  5,  6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
+     15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5,  4,  3,  2,  1,  0},
+    {8, 9, 10, 12, 13, 14, 14, 15, 15, 15, 14, 14, 13, 12, 10, 9,
+     8, 6, 5,  3,  2,  1,  1,  0,  0,  0,  1,  1,  2,  3,  5,  6},
+    {8, 10, 12, 13, 13, 13, 12, 11, 10, 11, 12, 13, 13, 13, 12, 10,
+     8, 5,  3,  2,  2,  2,  3,  4,  5,  4,  3,  2,  2,  2,  3,  5},
+}};
 
 /// How a kind of note swells and fades; times in seconds.
 struct EnvelopeShape {
@@ -55,22 +46,17 @@ struct Drum {
     bool shortMode;
 };
 
-constexpr Drum kick = {1.0F, 0.13F, 2400, 420, 0.045F, false};
-constexpr Drum snare = {0.85F, 0.16F, 11000, 7000, 0.08F, false};
-constexpr Drum hat = {0.6F, 0.045F, 34000, 34000, 0.01F, true};
-constexpr Drum plainNoise = {0.8F, 0.3F, 6000, 6000, 0.01F, false};
+/// In the order of `NoiseVoiceKind`: kick, snare, hat, noise.
+constexpr std::array<Drum, 4> drums = {{
+    {1.0F, 0.13F, 2400, 420, 0.045F, false},
+    {0.85F, 0.16F, 11000, 7000, 0.08F, false},
+    {0.6F, 0.045F, 34000, 34000, 0.01F, true},
+    {0.8F, 0.3F, 6000, 6000, 0.01F, false},
+}};
 
+/// Pitches that are no drum's, below 0 too, give the plain noise.
 const Drum& drumOf(std::int64_t pitch) {
-    switch (pitch) {
-    case static_cast<std::int64_t>(NoiseVoiceKind::kick):
-        return kick;
-    case static_cast<std::int64_t>(NoiseVoiceKind::snare):
-        return snare;
-    case static_cast<std::int64_t>(NoiseVoiceKind::hat):
-        return hat;
-    default:
-        return plainNoise;
-    }
+    return drums[std::min(static_cast<std::uint64_t>(pitch), std::uint64_t{drums.size() - 1})];
 }
 
 /// How many samples a time in seconds lasts, at least one.
@@ -104,7 +90,7 @@ float wrapped(float phase) {
 std::vector<float> waveTable(WavePreset preset) {
     std::vector<float> table;
     table.reserve(waveTableLength);
-    for (const std::uint8_t level : waveLevels(preset))
+    for (const std::uint8_t level : waveLevels[static_cast<std::size_t>(preset)])
         table.push_back(static_cast<float>(level) / 15.0F * 2.0F - 1.0F);
     return table;
 }
