@@ -12,7 +12,7 @@ namespace mossbit {
 namespace {
 
 constexpr std::size_t groupFrames = 4;
-constexpr int noiseLane = 3;
+constexpr std::size_t noiseLane = 3;
 
 /// The noise register, up to four clocks at a time. It has no branches, because a processor could
 /// not predict whether a sample clocks it.
@@ -83,11 +83,10 @@ struct Lanes {
     Floats rateStep{};
     Floats rateUnit = all(1);
     float sweepEnd = 0;
-    Floats gain{};
-    Floats volume{};
 
-    void load(int lane, const Voice& voice, const RenderChannel& channel, float sampleRate);
-    void store(int lane, Voice& voice) const;
+    Lanes(const std::array<Voice, 4>& voices, float sampleRate);
+    void load(std::size_t lane, const Voice& voice, float sampleRate);
+    void store(std::size_t lane, Voice& voice) const;
 
     bool isSweeping() const { return rateStep[noiseLane] != 0; }
 
@@ -96,7 +95,13 @@ struct Lanes {
     bool advance(Group& group);
 };
 
-void Lanes::load(int lane, const Voice& voice, const RenderChannel& channel, float sampleRate) {
+Lanes::Lanes(const std::array<Voice, 4>& voices, float sampleRate) {
+    for (std::size_t lane = 0; lane < voices.size(); ++lane)
+        load(lane, voices[lane], sampleRate);
+    increment = rate / rateUnit;
+}
+
+void Lanes::load(std::size_t lane, const Voice& voice, float sampleRate) {
     if (voice.isIdle())
         return;
     const Envelope& envelope = voice.envelope;
@@ -114,8 +119,6 @@ void Lanes::load(int lane, const Voice& voice, const RenderChannel& channel, flo
         fall(envelope.releaseStep, 0);
     }
     level[lane] = envelope.level * direction[lane];
-    gain[lane] = voice.gain * direction[lane];
-    volume[lane] = channel.muted ? 0 : channel.level;
     phase[lane] = voice.phase;
     rate[lane] = voice.increment;
     if (lane == noiseLane) {
@@ -125,10 +128,9 @@ void Lanes::load(int lane, const Voice& voice, const RenderChannel& channel, flo
         rateUnit[lane] = sampleRate;
         sweepEnd = voice.lfsrTargetRate;
     }
-    increment = rate / rateUnit;
 }
 
-void Lanes::store(int lane, Voice& voice) const {
+void Lanes::store(std::size_t lane, Voice& voice) const {
     if (voice.isIdle())
         return;
     voice.envelope.level = level[lane] * direction[lane];
@@ -175,13 +177,14 @@ inline bool Lanes::advance(Group& group) {
 /// events.
 class Mixer {
 public:
-    Mixer(const std::vector<RenderChannel>& channels, const Lanes& lanes)
+    Mixer(const std::vector<RenderChannel>& channels, const std::array<Voice, 4>& voices,
+          Floats direction)
         : m_duty0(all(channels[0].duty)),
           m_duty1(all(channels[1].duty)),
           m_table(channels[2].table.data()) {
-        for (int lane = 0; lane < 4; ++lane) {
-            m_gain[static_cast<std::size_t>(lane)] = all(lanes.gain[lane]);
-            m_volume[static_cast<std::size_t>(lane)] = all(lanes.volume[lane]);
+        for (std::size_t i = 0; i < voices.size(); ++i) {
+            m_gain[i] = all(voices[i].gain * direction[i]);
+            m_volume[i] = all(channels[i].muted ? 0 : channels[i].level);
         }
     }
 
@@ -233,13 +236,14 @@ inline void filterGroup(HighPass& filter, float* samples) {
 /// Renders groups until `into` is full or an event falls into the next one; returns the frames
 /// written.
 template <bool sweeping>
-std::size_t renderGroups(Lanes& voices, NoiseRegister& registerOfNoise, HighPass& highPass,
-                         const Mixer& mixer, std::span<float> into) {
+std::size_t renderGroups(Lanes lanes, std::array<Voice, 4>& voices,
+                         const std::vector<RenderChannel>& channels, HighPass& highPass,
+                         std::span<float> into) {
     // The filter lags two groups behind the mix, so that the reorder buffer overlaps both chains.
     constexpr std::size_t lag = 2 * groupFrames;
-    // Local copies can stay in registers, because `into` cannot alias them.
-    Lanes lanes = voices;
-    NoiseRegister noise = registerOfNoise;
+    const Mixer mixer(channels, voices, lanes.direction);
+    NoiseRegister noise(voices[noiseLane]);
+    // A local copy can stay in registers, because `into` cannot alias it.
     HighPass filter = highPass;
     Group group;
     std::size_t done = 0;
@@ -252,8 +256,9 @@ std::size_t renderGroups(Lanes& voices, NoiseRegister& registerOfNoise, HighPass
     }
     for (std::size_t at = done - std::min(done, lag); at < done; at += groupFrames)
         filterGroup(filter, into.data() + at);
-    voices = lanes;
-    registerOfNoise = noise;
+    for (std::size_t lane = 0; lane < voices.size(); ++lane)
+        lanes.store(lane, voices[lane]);
+    noise.store(voices[noiseLane]);
     highPass = filter;
     return done;
 }
@@ -270,22 +275,12 @@ std::size_t mixUndisturbed(std::array<Voice, 4>& voices, const RenderPattern& pa
                            float sampleRate, HighPass& highPass, std::span<float> into) {
     if (!areTheChips(pattern.channels))
         return 0;
-    Lanes lanes;
-    for (int i = 0; i < 4; ++i) {
-        const auto index = static_cast<std::size_t>(i);
-        lanes.load(i, voices[index], pattern.channels[index], sampleRate);
-    }
+    const Lanes lanes(voices, sampleRate);
     if (any(lanes.increment >= all(1)))
         return 0;
-    NoiseRegister noise(voices[noiseLane]);
-    const Mixer mixer(pattern.channels, lanes);
-    const std::size_t done = lanes.isSweeping()
-                                 ? renderGroups<true>(lanes, noise, highPass, mixer, into)
-                                 : renderGroups<false>(lanes, noise, highPass, mixer, into);
-    for (int i = 0; i < 4; ++i)
-        lanes.store(i, voices[static_cast<std::size_t>(i)]);
-    noise.store(voices[noiseLane]);
-    return done;
+    return lanes.isSweeping()
+               ? renderGroups<true>(lanes, voices, pattern.channels, highPass, into)
+               : renderGroups<false>(lanes, voices, pattern.channels, highPass, into);
 }
 
 } // namespace mossbit

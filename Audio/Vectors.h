@@ -41,9 +41,9 @@ inline Floats magnitude(Floats value) {
 
 /// A number below 65536, or the outcome of a comparison as 0 or 65535, out of one lane: 16 bits
 /// leave a vector in one step where 32 take two.
-inline unsigned lowBits(Ints lanes, int lane) {
+inline unsigned lowBits(Ints lanes, std::size_t lane) {
     using Halves = std::uint16_t __attribute__((vector_size(16)));
-    constexpr int low = std::endian::native == std::endian::little ? 0 : 1;
+    constexpr std::size_t low = std::endian::native == std::endian::little ? 0 : 1;
     return std::bit_cast<Halves>(lanes)[2 * lane + low];
 }
 
