@@ -24,7 +24,7 @@ protected:
 TEST_F(AudioEngineTest, RendersAtTheDevicesRateOrAt44100) {
     constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
     for (const auto& [told, expected] :
-         {std::pair(48000.0, 48000.0), {0.0, 44100.0}, {notANumber, 44100.0}}) {
+         {std::pair(22050.0, 22050.0), {0.0, 44100.0}, {notANumber, 44100.0}}) {
         FakeAudioOutput device;
         device.rate = told;
         AudioEngine ours(device, log);
@@ -35,47 +35,24 @@ TEST_F(AudioEngineTest, RendersAtTheDevicesRateOrAt44100) {
     }
 }
 
-TEST_F(AudioEngineTest, StoppingStopsTheDeviceAndPlayingBeginsAtTickZero) {
-    engine.play(first);
-    output.pull(13000);
-    EXPECT_EQ(engine.playheadTick(), 2);
-    engine.stop();
-    EXPECT_FALSE(output.isRunning());
-    EXPECT_FALSE(engine.isPlaying());
-    EXPECT_EQ(engine.playheadTick(), -1);
-    // A device that pulls all the same moves nothing that is shown.
-    const std::vector<float> late = output.pull(7000);
-    EXPECT_EQ(engine.playheadTick(), -1);
-    engine.play(first);
-    ChipCore reference(compiled(first), 48000);
-    rendered(reference, 13000);
-    reference.silence();
-    reference.rewind();
-    EXPECT_EQ(late, rendered(reference, 7000));
-    reference.rewind();
-    EXPECT_EQ(output.pull(13000), rendered(reference, 13000));
-    EXPECT_EQ(engine.playheadTick(), 2);
-}
-
-TEST_F(AudioEngineTest, AnEditIsHeardFromTheNextBlockOnWithoutMovingThePlayhead) {
-    engine.play(first);
-    output.pull(25000);
-    engine.update(second);
-    EXPECT_EQ(engine.playheadTick(), 4);
-    EXPECT_TRUE(engine.isPlaying());
-    ChipCore reference(compiled(first), 48000);
-    rendered(reference, 25000);
-    reference.update(compiled(second));
-    EXPECT_EQ(output.pull(80000), rendered(reference, 80000));
-}
-
-TEST_F(AudioEngineTest, PlayingAgainBeginsTheNewSong) {
-    engine.play(first);
-    output.pull(13000);
-    engine.play(second);
-    EXPECT_EQ(engine.playheadTick(), -1);
-    ChipCore reference(compiled(second), 48000);
-    EXPECT_EQ(output.pull(13000), rendered(reference, 13000));
+TEST_F(AudioEngineTest, PlayingBeginsAtTickZeroAfterAStopAndWithoutOne) {
+    for (const bool stops : {true, false}) {
+        engine.play(first);
+        output.pull(13000);
+        EXPECT_EQ(engine.playheadTick(), 2);
+        if (stops) {
+            engine.stop();
+            EXPECT_FALSE(output.isRunning());
+            EXPECT_FALSE(engine.isPlaying());
+            // A device that pulls all the same moves nothing that is shown.
+            output.pull(7000);
+        }
+        EXPECT_EQ(engine.playheadTick(), stops ? -1 : 2);
+        engine.play(second);
+        EXPECT_EQ(engine.playheadTick(), -1);
+        ChipCore reference(compiled(second), 48000);
+        EXPECT_EQ(output.pull(13000), rendered(reference, 13000));
+    }
 }
 
 TEST_F(AudioEngineTest, LogsWhyADeviceDoesNotStart) {
@@ -83,10 +60,6 @@ TEST_F(AudioEngineTest, LogsWhyADeviceDoesNotStart) {
     engine.play(first);
     EXPECT_FALSE(engine.isPlaying());
     EXPECT_EQ(log.lines, std::vector<std::string>{"Mossbit: audio engine failed to start — busy"});
-    output.startError.clear();
-    engine.play(first);
-    EXPECT_TRUE(engine.isPlaying());
-    EXPECT_EQ(log.lines.size(), 1);
 }
 
 } // namespace
