@@ -9,10 +9,8 @@ namespace mossbit {
 
 namespace {
 
-float dutyFraction(Duty duty) {
-    constexpr std::array fractions = {0.125F, 0.25F, 0.5F, 0.75F};
-    return fractions[static_cast<std::size_t>(duty)];
-}
+/// In the order of `Duty`.
+constexpr std::array dutyFractions = {0.125F, 0.25F, 0.5F, 0.75F};
 
 RenderEvent compile(const Note& note, std::int64_t totalTicks) {
     const std::int64_t length = std::max<std::int64_t>(note.length, 1);
@@ -31,7 +29,7 @@ RenderChannel::RenderChannel(const Channel& channel, std::int64_t totalTicks)
     : kind(channel.kind),
       level(static_cast<float>(channel.volume) / 15.0F),
       muted(channel.muted),
-      duty(dutyFraction(channel.duty)),
+      duty(dutyFractions[static_cast<std::size_t>(channel.duty)]),
       table(kind == ChannelKind::wave ? waveTable(channel.wave) : std::vector<float>()),
       startAtTick(static_cast<std::size_t>(totalTicks), -1) {
     events.reserve(channel.notes.size());
