@@ -263,17 +263,11 @@ std::size_t renderGroups(Lanes lanes, std::array<Voice, 4>& voices,
     return done;
 }
 
-bool areTheChips(const std::vector<RenderChannel>& channels) {
-    return std::equal(channels.begin(), channels.end(), allChannelKinds.begin(),
-                      allChannelKinds.end(),
-                      [](const RenderChannel& c, ChannelKind kind) { return c.kind == kind; });
-}
-
 } // namespace
 
 std::size_t mixUndisturbed(std::array<Voice, 4>& voices, const RenderPattern& pattern,
                            float sampleRate, HighPass& highPass, std::span<float> into) {
-    if (!areTheChips(pattern.channels))
+    if (!std::ranges::equal(pattern.channels, allChannelKinds, {}, &RenderChannel::kind))
         return 0;
     const Lanes lanes(voices, sampleRate);
     if (any(lanes.increment >= all(1)))

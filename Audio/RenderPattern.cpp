@@ -38,8 +38,7 @@ RenderChannel::RenderChannel(const Channel& channel, std::int64_t totalTicks)
             events.push_back(compile(note, totalTicks));
     }
     // Stable: of several notes on one tick the one stored last must come last.
-    std::stable_sort(events.begin(), events.end(),
-                     [](const RenderEvent& a, const RenderEvent& b) { return a.start < b.start; });
+    std::ranges::stable_sort(events, {}, &RenderEvent::start);
     for (std::size_t k = 0; k < events.size(); ++k) {
         if (events[k].start >= 0)
             startAtTick[static_cast<std::size_t>(events[k].start)] = static_cast<std::int64_t>(k);
