@@ -97,7 +97,7 @@ struct Best {
 void ConvertLongestSong(benchmark::State& state) {
     const ScratchFolder folder;
     putBytes(folder / "in.mossbit", ProjectStore::encode(fullSong(40)));
-    constexpr std::size_t frames = 96 * WAVExporter::exportSampleRate;
+    constexpr auto frames = std::size_t{96} * WAVExporter::exportSampleRate;
     const std::string bytes(frames * 4, '\1');
     FilterFloor filter(WAVExporter::exportSampleRate);
     Best converting, filtering, writing, syncing;
