@@ -70,7 +70,7 @@ TEST_F(ShownWindow, LeavesTheKeyboardToAnOpenDialog) {
 TEST_F(ShownWindow, AsksBeforeClosingOnlyWithoutAutosave) {
     model->addNote(60, 0);
     EXPECT_TRUE(window.close());
-    harness.files.failure = EROFS;
+    harness.failure = EROFS;
     window.show();
     EXPECT_FALSE(window.close());
     EXPECT_EQ(harness.dialogs.shown.size(), 1U);

@@ -1,5 +1,4 @@
-#include "Platform/PosixAtomicFile.h"
-
+#include "Tests/Support/FaultyFileCalls.h"
 #include "Tests/Support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
@@ -34,14 +33,6 @@ int writeError(PosixAtomicFile& files, const fs::path& path, std::string_view by
         return error.code().value();
     }
     return 0;
-}
-
-/// A system call that fails.
-auto failing(int error) {
-    return [error](auto&&...) {
-        errno = error;
-        return -1;
-    };
 }
 
 TEST(PosixAtomicFile, KeepsPermissionsAndGivesNewFilesTheUsualOnes) {
@@ -139,64 +130,56 @@ TEST(PosixAtomicFile, WritesWhatALinkPointsAt) {
     EXPECT_EQ(writeError(files, folder / "pipe"), ENOTSUP);
 }
 
-TEST(PosixAtomicFile, LeavesEverythingAsItWasWhenAStepFails) {
-    const auto outOfSpace = [room = ssize_t{2}](int descriptor, const void* bytes,
-                                                std::size_t) mutable -> ssize_t {
-        errno = ENOSPC;
-        const ssize_t size = std::exchange(room, 0);
-        return size == 0 ? -1 : ::write(descriptor, bytes, static_cast<std::size_t>(size));
-    };
-    using Break = std::function<void(PosixFileCalls&)>;
-    const std::pair<int, Break> cases[] = {
-        {EACCES, [&](PosixFileCalls& calls) { calls.open = failing(EACCES); }},
-        {ENOSPC, [&](PosixFileCalls& calls) { calls.write = outOfSpace; }},
-        {ENOSPC, [&](PosixFileCalls& calls) { calls.write = [](auto&&...) { return 0; }; }},
-        {EDQUOT, [&](PosixFileCalls& calls) { calls.sync = failing(EDQUOT); }},
-        {EPERM, [&](PosixFileCalls& calls) { calls.rename = failing(EPERM); }},
-    };
-    for (const auto& [error, breakCalls] : cases) {
-        const ScratchFolder folder;
-        putBytes(folder / "old", "old");
-        PosixFileCalls calls = PosixFileCalls::real();
-        breakCalls(calls);
-        PosixAtomicFile files(calls);
-        EXPECT_EQ(writeError(files, folder / "old"), error);
-        EXPECT_NE(writeError(files, folder / "fresh"), 0);
-        EXPECT_EQ(bytesOf(folder / "old"), "old") << error;
-        EXPECT_EQ(folder.entryCount(), 1) << error;
-    }
-}
-
-TEST(PosixAtomicFile, WritesAllAndSyncsItBeforeAndTheFolderAfterTheRename) {
+TEST(PosixAtomicFile, KeepsTheOldFileUntilTheNewOneIsOnTheDisk) {
     const ScratchFolder folder;
-    putBytes(folder / "file", "old");
-    std::vector<std::string> steps;
-    PosixFileCalls calls = PosixFileCalls::real();
-    calls.open = [](const char* path, int flags, mode_t mode) {
-        EXPECT_EQ(mode & 0077U, 0U) << "others could read what replaces a private file";
-        return ::open(path, flags, mode);
-    };
-    // Interrupted now and then, and never taking more than three bytes at once.
-    calls.write = [turn = 0](int descriptor, const void* bytes, std::size_t count) mutable {
-        errno = EINTR;
-        return ++turn % 2 == 1 ? -1 : ::write(descriptor, bytes, std::min<std::size_t>(count, 3));
-    };
-    calls.sync = [&](int descriptor) {
-        struct stat status {};
-        ::fstat(descriptor, &status);
-        const bool isFolder = S_ISDIR(status.st_mode);
-        steps.emplace_back(isFolder ? "sync folder" : "sync file");
-        errno = EIO;
-        return isFolder ? -1 : 0;
-    };
-    calls.rename = [&](const char* from, const char* to) {
-        steps.emplace_back("rename");
-        return ::rename(from, to);
+    const fs::path file = folder / "file";
+    putBytes(file, "old");
+    std::vector<std::string> made;
+    std::size_t failing = 1;
+    PosixFileCalls calls = faultyCalls([&](const std::string& call) {
+        made.push_back(call);
+        return made.size() == failing ? EDQUOT : 0;
+    });
+    calls.write = [write = calls.write](int descriptor, const void* bytes, std::size_t count) {
+        return write(descriptor, bytes, std::min<std::size_t>(count, 3));
     };
     PosixAtomicFile files(calls);
-    EXPECT_EQ(writeError(files, folder / "file", "0123456789"), 0);
-    EXPECT_EQ(steps, (std::vector<std::string>{"sync file", "rename", "sync folder"}));
-    EXPECT_EQ(bytesOf(folder / "file"), "0123456789");
+    for (; writeError(files, file, "01234") == EDQUOT; ++failing, made.clear()) {
+        EXPECT_EQ(bytesOf(file), "old") << failing;
+        EXPECT_EQ(folder.entryCount(), 1) << failing;
+    }
+    using Calls = std::vector<std::string>;
+    EXPECT_EQ(made, (Calls{"open", "write", "write", "sync", "rename", "open"}));
+    EXPECT_EQ(bytesOf(file), "01234");
+    failing = 0;
+    made.clear();
+    EXPECT_EQ(writeError(files, file, "new"), 0);
+    EXPECT_EQ(made, (Calls{"open", "write", "sync", "rename", "open", "sync"}));
+}
+
+TEST(PosixAtomicFile, RepeatsInterruptedCallsAndNoticesThatNothingIsWritten) {
+    const ScratchFolder folder;
+    PosixFileCalls calls = faultyCalls([turn = 0](const std::string& call) mutable {
+        return call != "rename" && ++turn % 2 == 1 ? EINTR : 0;
+    });
+    PosixAtomicFile interrupted(calls);
+    EXPECT_EQ(writeError(interrupted, folder / "file"), 0);
+    EXPECT_EQ(bytesOf(folder / "file"), "new");
+    calls.write = [](auto&&...) { return 0; };
+    PosixAtomicFile full(calls);
+    EXPECT_EQ(writeError(full, folder / "other"), ENOSPC);
+    EXPECT_EQ(folder.entryCount(), 1);
+}
+
+TEST(PosixAtomicFile, LetsNobodyReadWhatReplacesAPrivateFile) {
+    const ScratchFolder folder;
+    putBytes(folder / "file", "old");
+    PosixFileCalls calls = PosixFileCalls::real();
+    calls.open = [](const char* path, int flags, mode_t mode) {
+        EXPECT_EQ(mode & 0077U, 0U);
+        return ::open(path, flags, mode);
+    };
+    PosixAtomicFile(calls).write(folder / "file", "new");
 }
 
 TEST(PosixAtomicFile, RemovesTemporariesThatWereLeftAnHourAgo) {
@@ -216,9 +199,8 @@ TEST(PosixAtomicFile, MovesAFileOrLeavesBoth) {
     const ScratchFolder folder;
     putBytes(folder / "new", "new");
     putBytes(folder / "old", "old");
-    PosixFileCalls calls = PosixFileCalls::real();
-    calls.rename = failing(EROFS);
-    EXPECT_THROW(PosixAtomicFile(calls).move(folder / "new", folder / "old"), std::system_error);
+    PosixAtomicFile readOnly(faultyCalls([](const std::string&) { return EROFS; }));
+    EXPECT_THROW(readOnly.move(folder / "new", folder / "old"), std::system_error);
     EXPECT_EQ(bytesOf(folder / "old"), "old");
     PosixAtomicFile().move(folder / "new", folder / "old");
     EXPECT_EQ(bytesOf(folder / "old"), "new");

@@ -11,8 +11,9 @@ struct Playback : ViewModelTest {
     void start(const Project& project) {
         harness.output.rate = rate;
         restart(project);
-        QObject::connect(model.get(), &ProjectViewModel::playheadChanged, model.get(),
+        QObject::connect(model.get(), &ProjectViewModel::playheadChanged,
                          [this] { positions.push_back(model->playhead()); });
+        QObject::connect(model.get(), &ProjectViewModel::isPlayingChanged, [this] { ++switches; });
         model->play();
     }
 
@@ -26,6 +27,8 @@ struct Playback : ViewModelTest {
     }
 
     std::vector<std::int64_t> positions;
+    /// How often playing was told to begin or end.
+    int switches = 0;
 };
 
 TEST_F(Playback, PlayheadFollowsTheSoundAroundTheLoop) {
@@ -35,7 +38,7 @@ TEST_F(Playback, PlayheadFollowsTheSoundAroundTheLoop) {
     model->stop();
     EXPECT_EQ(positions, (std::vector<std::int64_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13,
                                                     14, 15, 0, 1, -1}));
-    EXPECT_EQ(harness.heard["isPlaying"], 2);
+    EXPECT_EQ(switches, 2);
     EXPECT_EQ(harness.loop.pendingCount(), 0U);
     EXPECT_FALSE(harness.output.isRunning());
 }
@@ -71,7 +74,7 @@ TEST_F(Playback, PlayingAgainRestartsWithOneTimer) {
     EXPECT_EQ(model->playhead(), 4);
     model->play();
     EXPECT_EQ(harness.loop.pendingCount(), 1U);
-    EXPECT_EQ(harness.heard["isPlaying"], 1);
+    EXPECT_EQ(switches, 1);
     listen(2 * secondsPerTick);
     EXPECT_EQ(model->playhead(), 1);
     // An edit is taken in without moving the playhead.

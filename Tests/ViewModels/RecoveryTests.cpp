@@ -1,6 +1,7 @@
 #include "Tests/Support/ViewModelHarness.h"
 
-#include <fcntl.h>
+#include <set>
+
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,33 +19,25 @@ struct Recovery : ViewModelTest {
     using Songs = std::vector<Project>;
 };
 
-TEST_F(Recovery, KeepsARestoredSongThatGivesWayWithoutAQuestion) {
+TEST_F(Recovery, KeepsASongThatStandsInNoFileOfTheUsersOwn) {
     for (const bool opens : {false, true}) {
         putBytes(harness.autosave, ProjectStore::encode(tune));
         restart();
-        if (opens)
-            model->openHandedOver(otherFile);
-        else
-            model->newProject();
+        opens ? model->openHandedOver(otherFile) : model->newProject();
         EXPECT_EQ(harness.keptSongs(), Songs{tune}) << "kept twice";
     }
     // What is open now stands in a file.
     model->flushAutosave();
     model->newProject();
     EXPECT_EQ(harness.keptSongs().size(), 1U);
-    EXPECT_TRUE(harness.dialogs.shown.empty());
-}
-
-TEST_F(Recovery, KeepsASongWhoseFileIsMossbitsOwnOrGone) {
-    for (const bool isOwn : {true, false}) {
-        const fs::path file = isOwn ? harness.autosave : harness.store("song.mossbit", tune);
+    // A file of Mossbit's own, and one that disappears.
+    for (const fs::path& file : {harness.autosave, otherFile}) {
         putBytes(file, ProjectStore::encode(tune));
         model->open(file);
-        model->setTempo(isOwn ? 91 : 92);
+        model->setTempo(file == otherFile ? 91 : 92);
         const Project edited = model->project();
         harness.pass(1);
-        if (!isOwn)
-            fs::remove(file);
+        fs::remove(otherFile);
         model->newProject();
         EXPECT_EQ(harness.keptSongs().back(), edited);
     }
@@ -54,7 +47,7 @@ TEST_F(Recovery, KeepsASongWhoseFileIsMossbitsOwnOrGone) {
 TEST_F(Recovery, AsksWhereASongCannotBeKept) {
     putBytes(harness.autosave, ProjectStore::encode(tune));
     restart();
-    harness.files.failure = ENOSPC;
+    harness.failure = ENOSPC;
     model->newProject();
     model->openHandedOver(otherFile);
     EXPECT_EQ(harness.dialogs.takeShown().size(), 2U);
@@ -87,25 +80,22 @@ TEST_F(Recovery, KeepsTheLastFiftySongs) {
 }
 
 TEST_F(Recovery, WritesNothingInPlaceOfWhatItCouldNotReadOrMove) {
-    const auto unreadable = [&] { return bytesOf(harness.autosave) == "{\"tempo\": \"fast\"}"; };
-    putBytes(harness.autosave, "{\"tempo\": \"fast\"}");
-    harness.files.failure = EIO;
+    const std::string unreadable = "{\"tempo\": \"fast\"}";
+    putBytes(harness.autosave, unreadable);
+    harness.failure = EIO;
     restart();
     EXPECT_FALSE(model->project().hasNotes() || model->alertMessage());
     model->addNote(60, 0);
     harness.pass(1);
-    EXPECT_TRUE(unreadable());
     EXPECT_FALSE(model->confirmClosing());
     EXPECT_EQ(harness.dialogs.takeShown().size(), 1U);
-    harness.files.failure = 0;
+    EXPECT_EQ(bytesOf(harness.autosave), unreadable);
+    harness.failure = 0;
     model->flushAutosave();
     EXPECT_EQ(saved(harness.autosave), model->project());
-    fs::path kept;
-    for (const auto& entry : fs::directory_iterator(harness.autosave.parent_path() / "Kept"))
-        if (entry.path().extension() == ".mossbit")
-            kept = entry.path();
-    EXPECT_TRUE(kept.filename().string().ends_with(" Autosave.mossbit"));
-    EXPECT_EQ(bytesOf(kept), "{\"tempo\": \"fast\"}");
+    const fs::path kept = harness.keptFiles().at(0).filesystemFilePath();
+    EXPECT_TRUE(kept.string().ends_with(" Autosave.mossbit"));
+    EXPECT_EQ(bytesOf(kept), unreadable);
 
     // The same for what is no file at all.
     fs::remove(harness.autosave);
@@ -158,84 +148,58 @@ TEST_F(Recovery, AutosavesOnceAfterABurstOfChanges) {
     harness.pass(0.3);
     model->setTempo(98);
     harness.pass(0.799);
-    EXPECT_TRUE(harness.files.written.empty());
+    EXPECT_FALSE(fs::exists(harness.autosave));
     harness.pass(0.002);
-    EXPECT_EQ(harness.files.written, std::vector{harness.autosave});
     EXPECT_EQ(saved(harness.autosave), model->project());
     EXPECT_TRUE(model->hasUnsavedChanges());
+    fs::remove(harness.autosave);
     harness.pass(10);
-    EXPECT_EQ(harness.files.written.size(), 1U);
+    EXPECT_FALSE(fs::exists(harness.autosave));
 }
 
 TEST_F(Recovery, AutosavesTheFileThatWasOpenAtTheEdit) {
-    restart();
-    const auto file = harness.store("song.mossbit", Project());
-    model->open(file);
-    model->setTempo(99);
-    harness.pass(0.81);
-    EXPECT_EQ(harness.files.written, (std::vector{harness.autosave, file}));
-    EXPECT_EQ(saved(file), model->project());
-    EXPECT_FALSE(model->hasUnsavedChanges());
-
-    harness.files.failure = ENOSPC;
-    model->setTempo(98);
-    harness.pass(0.81);
-    EXPECT_EQ(saved(file).tempo, 99);
-    EXPECT_FALSE(model->hasUnsavedChanges());
-    EXPECT_EQ(model->alertMessage(), std::nullopt);
-
+    const fs::path copy = harness.folder / "copy.mossbit";
+    harness.dialogs.saveAnswers = {copy};
+    model->open(otherFile);
+    const auto afterAnEdit = [this](std::int64_t tempo) {
+        model->setTempo(tempo);
+        harness.pass(0.81);
+        EXPECT_FALSE(model->hasUnsavedChanges() || model->alertMessage());
+        return saved(otherFile).tempo;
+    };
+    EXPECT_EQ(afterAnEdit(99), 99);
+    harness.failure = ENOSPC;
+    EXPECT_EQ(afterAnEdit(98), 99);
+    harness.failure = 0;
     // Also when the document has been saved elsewhere meanwhile.
-    harness.files.failure = 0;
     model->setTempo(97);
-    harness.dialogs.saveAnswers = {harness.folder / "copy.mossbit"};
     model->saveAs();
     harness.pass(0.81);
-    EXPECT_EQ(saved(file).tempo, 97);
+    EXPECT_EQ(saved(otherFile).tempo, 97);
 }
 
 TEST_F(Recovery, AutosavesAtLeastEveryFiveSecondsButNotTheSongsFile) {
     model->open(otherFile);
+    std::set<std::int64_t> autosaved;
     for (int change = 0; change < 26; ++change) {
         model->setTempo(100 + change);
         harness.pass(0.4);
+        if (fs::exists(harness.autosave))
+            autosaved.insert(saved(harness.autosave).tempo);
     }
-    EXPECT_EQ(harness.files.written, (std::vector{harness.autosave, harness.autosave}));
+    // The last changes before 5 and 10.2 seconds.
+    EXPECT_EQ(autosaved, (std::set<std::int64_t>{112, 125}));
     EXPECT_TRUE(model->hasUnsavedChanges());
     EXPECT_EQ(saved(otherFile), other);
 }
 
-/// Lets the disk fail at one of the calls that a command makes, or the process be killed there.
-struct Fault {
-    /// How the process ended: not with a status that a sanitizer would give it.
-    enum Status { lost = 20, inWindow, killed, none };
-
-    int call = 0;
-    bool kills = false;
-    int calls = 0;
-
-    bool strikes() {
-        if (calls++ != call)
-            return false;
-        if (kills)
-            ::_exit(killed);
-        errno = EIO;
-        return true;
-    }
-
-    PosixFileCalls faultyCalls() {
-        PosixFileCalls real = PosixFileCalls::real();
-        return {
-            .open = [=, this](auto... a) { return strikes() ? -1 : real.open(a...); },
-            .write = [=, this](auto... a) { return strikes() ? -1 : real.write(a...); },
-            .sync = [=, this](auto... a) { return strikes() ? -1 : real.sync(a...); },
-            .rename = [=, this](auto... a) { return strikes() ? -1 : real.rename(a...); },
-        };
-    }
-};
-
-/// Every way in which a song gives way to another, with every call of it failing or cut short.
+/// Every way in which a song gives way to another, with each of its system calls failing, or the
+/// process killed there.
 TEST_F(Recovery, LosesNoSongAtAnyFault) {
+    // How the process ends: not with a status that a sanitizer would give it.
+    enum Status { lost = 20, inWindow, killed, withoutFault };
     const fs::path file = harness.folder / "song.mossbit";
+    harness.dialogs.saveAnswers = {file};
     using Command = std::function<void(ProjectViewModel&)>;
     const Command commands[] = {
         [&](auto& vm) { vm.newProject(); },
@@ -248,38 +212,41 @@ TEST_F(Recovery, LosesNoSongAtAnyFault) {
         [&](auto& vm) { vm.save(), vm.newProject(), vm.open(otherFile), vm.flushAutosave(); },
         [&](auto& vm) { vm.confirmClosing() ? vm.flushAutosave() : vm.newProject(); },
     };
+    // What a command throws ends the process, not just this test of it.
+    const auto run = [&](const Command& command, int faulty, bool kills) noexcept {
+        int calls = 0;
+        PosixAtomicFile files(faultyCalls([&](const std::string&) {
+            if (calls++ != faulty)
+                return 0;
+            if (kills)
+                ::_exit(killed);
+            return EIO;
+        }));
+        ProjectViewModel vm({harness.loop, harness.dialogs, files, harness.output, {}},
+                            std::nullopt, harness.autosave);
+        command(vm);
+        ::_exit(calls <= faulty ? withoutFault : vm.project() == tune ? inWindow : lost);
+    };
+    model.reset();
     for (const Command& command : commands) {
         for (const bool kills : {false, true}) {
             int status = 0;
-            for (Fault fault{.kills = kills}; WEXITSTATUS(status) != Fault::none; ++fault.call) {
+            for (int faulty = 0; WEXITSTATUS(status) != withoutFault; ++faulty) {
                 SCOPED_TRACE(std::to_string(&command - commands) +
-                             (kills ? " killed at " : " at ") + std::to_string(fault.call));
+                             (kills ? " killed at " : " at ") + std::to_string(faulty));
                 fs::remove(file);
                 fs::remove_all(harness.autosave.parent_path() / "Kept");
                 putBytes(harness.autosave, ProjectStore::encode(tune));
-                model.reset();
-                // What the command throws ends the process, not just this test of it.
-                const auto run = [&]() noexcept {
-                    PosixAtomicFile files(fault.faultyCalls());
-                    harness.dialogs.saveAnswers = {file};
-                    ProjectViewModel vm({harness.loop, harness.dialogs, files, harness.output, {}},
-                                        std::nullopt, harness.autosave);
-                    command(vm);
-                    const bool isShown = vm.project() == tune;
-                    ::_exit(fault.calls <= fault.call ? Fault::none
-                            : isShown                 ? Fault::inWindow
-                                                      : Fault::lost);
-                };
                 const pid_t child = ::fork();
                 if (child == 0)
-                    run();
+                    run(command, faulty, kills);
                 ASSERT_EQ(::waitpid(child, &status, 0), child);
-                ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) >= Fault::lost);
+                ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) >= lost);
                 Songs songs = harness.keptSongs();
                 for (const fs::path& place : {file, harness.autosave})
                     if (fs::exists(place))
                         songs.push_back(saved(place));
-                EXPECT_TRUE(WEXITSTATUS(status) == Fault::inWindow ||
+                EXPECT_TRUE(WEXITSTATUS(status) == inWindow ||
                             std::ranges::find(songs, tune) != songs.end());
             }
         }
