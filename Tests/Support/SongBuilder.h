@@ -9,9 +9,8 @@ namespace mossbit {
 
 /// Builds a project for a test: `song({.bars = 1}).note(60, 0, 4).on(ChannelKind::noise).note(0, 4,
 /// 1)`.
-class SongBuilder {
-public:
-    explicit SongBuilder(Project project) : m_project(std::move(project)) {}
+struct SongBuilder : Project {
+    explicit SongBuilder(Project project) : Project(std::move(project)) {}
 
     /// The channel that the following calls are about; the first pulse channel at the beginning.
     SongBuilder& on(ChannelKind kind) {
@@ -21,22 +20,17 @@ public:
 
     SongBuilder& note(std::int64_t pitch, std::int64_t start, std::int64_t length,
                       std::int64_t velocity = 15) {
-        channel().notes.push_back(
+        channels[m_channel].notes.push_back(
             {.pitch = pitch, .start = start, .length = length, .velocity = velocity});
         return *this;
     }
 
     SongBuilder& muted() {
-        channel().muted = true;
+        channels[m_channel].muted = true;
         return *this;
     }
 
-    operator Project() const { return m_project; }
-
 private:
-    Channel& channel() { return m_project.channels[m_channel]; }
-
-    Project m_project;
     std::size_t m_channel = 0;
 };
 

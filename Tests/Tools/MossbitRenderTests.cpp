@@ -4,36 +4,28 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <sys/wait.h>
 
 namespace mossbit {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string errors;
-};
-
-/// Runs the converter; `arguments` are words for the shell, as is what comes `before` them all.
-Outcome run(const ScratchFolder& folder, const std::string& arguments,
-            const std::string& before = "") {
+/// Runs the converter with words for the shell, and returns what it says on standard error.
+std::string errors(const ScratchFolder& folder, const std::string& arguments, int expectedStatus,
+                   const std::string& before = "") {
     const auto log = folder / "stderr";
     const std::string command = "cd '" + folder.path().string() + "' && " + before +
                                 " '" MOSSBIT_RENDER "' " + arguments + " 2>'" + log.string() + "'";
-    const int status = std::system(command.c_str());
-    return {WEXITSTATUS(status), bytesOf(log)};
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), expectedStatus) << arguments;
+    return bytesOf(log);
 }
 
 TEST(MossbitRender, WritesASongOrSaysInOneLineWhyNot) {
     const ScratchFolder folder;
     putBytes(folder / "song.mossbit", ProjectStore::encode(song({.bars = 1}).note(60, 0, 4)));
-    const Outcome done = run(folder, "song.mossbit out.wav");
-    EXPECT_EQ(done.status, 0);
-    EXPECT_EQ(done.errors, "");
+    EXPECT_EQ(errors(folder, "song.mossbit out.wav", 0), "");
     EXPECT_EQ(bytesOf(folder / "out.wav").size(), 352844U);
-    EXPECT_EQ(run(folder, "- piped.wav", "cat song.mossbit |").status, 0);
+    EXPECT_EQ(errors(folder, "- piped.wav", 0, "cat song.mossbit |"), "");
     EXPECT_TRUE(bytesOf(folder / "piped.wav") == bytesOf(folder / "out.wav"));
 
     putBytes(folder / "empty.mossbit", "{}");
@@ -53,12 +45,9 @@ TEST(MossbitRender, WritesASongOrSaysInOneLineWhyNot) {
           Case{"song.mossbit ./song.mossbit", "the same file"},
           Case{"song.mossbit out.wav", "out.wav: File too large", "ulimit -f 9 &&"}}) {
         putBytes(folder / "out.wav", "old");
-        const Outcome outcome = run(folder, c.arguments, c.before);
-        EXPECT_NE(outcome.status, 0) << c.arguments;
-        EXPECT_NE(outcome.errors.find(c.mentions), std::string::npos) << outcome.errors;
-        EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1)
-            << outcome.errors;
-        EXPECT_EQ(outcome.errors.back(), '\n');
+        const std::string line = errors(folder, c.arguments, 1, c.before);
+        EXPECT_NE(line.find(c.mentions), std::string::npos) << line;
+        EXPECT_EQ(line.find('\n'), line.size() - 1) << line;
         EXPECT_EQ(bytesOf(folder / "out.wav"), "old") << c.arguments;
     }
     EXPECT_EQ(folder.entryCount(), 7) << "a temporary file was left";

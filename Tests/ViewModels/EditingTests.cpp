@@ -15,23 +15,17 @@ struct Editing : ViewModelTest {
     QSignalSpy historyChanges{model.get(), &ProjectViewModel::historyChanged};
 };
 
-TEST_F(Editing, AddsANoteOfOneGridStepOnTheGrid) {
-    using enum GridDivision;
-    for (const auto& [grid, start, storedStart] :
-         {std::tuple(quarter, 63, 60), {eighth, 3, 2}, {sixteenth, -5, 0}}) {
-        restart(song({.grid = grid}).note(60, 0, 64));
-        model->addNote(61, start);
-        const Note& added = model->selectedChannel().notes.at(1);
-        EXPECT_EQ(added, (Note{.id = added.id,
-                               .pitch = 61,
-                               .start = storedStart,
-                               .length = static_cast<std::int64_t>(grid)}));
-        EXPECT_EQ(model->selection(), Selection{added.id});
-    }
-    restart(Project());
-    model->addNote(60, 64);
-    model->addNote(60, INT64_MAX);
-    EXPECT_FALSE(model->project().hasNotes() || model->canUndo() || model->hasUnsavedChanges());
+TEST_F(Editing, AddsANoteOfOneGridStepOnTheGridAndSelectsIt) {
+    model->setGrid(GridDivision::quarter);
+    const std::optional<Note> added = model->addNote(61, 63);
+    ASSERT_TRUE(added);
+    EXPECT_EQ(*added, (Note{.id = added->id, .pitch = 61, .start = 60, .length = 4}));
+    EXPECT_EQ(model->note(added->id), added);
+    EXPECT_EQ(model->selection(), Selection{added->id});
+    EXPECT_EQ(model->addNote(60, -5)->start, 0);
+    const Project before = model->project();
+    EXPECT_FALSE(model->addNote(60, 64) || model->addNote(60, INT64_MAX));
+    EXPECT_EQ(model->project(), before);
 }
 
 TEST_F(Editing, FewerBarsCutNotesOffUntilTheyAreUndone) {
