@@ -12,14 +12,4 @@ std::string_view rawValue(WavePreset preset) {
     return names[static_cast<std::size_t>(preset)];
 }
 
-Channel Channel::makeDefault(ChannelKind kind) {
-    Channel channel;
-    channel.kind = kind;
-    if (kind == ChannelKind::noise)
-        channel.volume = 13;
-    if (kind == ChannelKind::pulse2)
-        channel.duty = Duty::d25;
-    return channel;
-}
-
 } // namespace mossbit

@@ -50,10 +50,7 @@ struct Channel {
     Duty duty = Duty::d50;
     WavePreset wave = WavePreset::triangle;
     /// In the order in which they were added; not sorted, and notes may overlap.
-    std::vector<Note> notes;
-
-    /// The channel of that kind in a new project.
-    static Channel makeDefault(ChannelKind kind);
+    std::vector<Note> notes = {};
 
     bool operator==(const Channel&) const = default;
 };

@@ -15,16 +15,15 @@ bool isPlayable(const Note& note, ChannelKind kind) {
 } // namespace
 
 std::vector<Channel> Project::defaultChannels() {
-    std::vector<Channel> channels;
-    channels.reserve(allChannelKinds.size());
-    for (const ChannelKind kind : allChannelKinds)
-        channels.push_back(Channel::makeDefault(kind));
-    return channels;
+    return {{.kind = ChannelKind::pulse1},
+            {.kind = ChannelKind::pulse2, .duty = Duty::d25},
+            {.kind = ChannelKind::wave},
+            {.kind = ChannelKind::noise, .volume = 13}};
 }
 
 bool Project::hasNotes() const {
-    return std::any_of(channels.begin(), channels.end(),
-                       [](const Channel& channel) { return !channel.notes.empty(); });
+    return std::ranges::any_of(channels,
+                               [](const auto& channel) { return !channel.notes.empty(); });
 }
 
 void Project::clampNotes() {
