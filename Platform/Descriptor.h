@@ -2,16 +2,14 @@
 
 #include <unistd.h>
 
-#include <utility>
-
 namespace mossbit {
 
 /// An open file, closed with its owner. Holds what `open` returned, negative if that failed.
 class Descriptor {
 public:
     explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() {
         if (m_number >= 0)
             ::close(m_number);
@@ -21,7 +19,7 @@ public:
     int number() const { return m_number; }
 
 private:
-    int m_number;
+    const int m_number;
 };
 
 } // namespace mossbit

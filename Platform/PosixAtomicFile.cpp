@@ -113,71 +113,29 @@ bool copyAccessList(const fs::path& from, const fs::path& to) {
 #endif
 }
 
-/// A temporary file that is removed again unless it was renamed.
-class Temporary {
-public:
-    Temporary(const PosixFileCalls& calls, const fs::path& folder, mode_t mode)
-        : m_calls(calls), m_path(folder / temporaryName()), m_file(uninterrupted([&] {
-              return calls.open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-          })) {
-        if (!m_file)
-            fail(errno, m_path);
-    }
-    Temporary(const Temporary&) = delete;
-    Temporary& operator=(const Temporary&) = delete;
-    ~Temporary() {
-        if (!m_path.empty())
-            ::unlink(m_path.c_str());
-    }
-
-    void adoptPermissions(const fs::path& target, const struct stat& old) {
-        // Only the superuser can give files away. For others the file becomes the user's own, in
-        // the old group if they belong to it.
-        constexpr auto sameUser = static_cast<uid_t>(-1);
-        constexpr auto sameGroup = static_cast<gid_t>(-1);
-        static_cast<void>(!::fchown(m_file.number(), old.st_uid, sameGroup));
-        static_cast<void>(!::fchown(m_file.number(), sameUser, old.st_gid));
-        const bool hasSameList = copyAccessList(target, m_path);
-        struct stat now {};
-        if (::fstat(m_file.number(), &now) != 0)
-            fail(errno, m_path);
-        constexpr mode_t permissionBits = 07777;
-        mode_t mode = old.st_mode & permissionBits;
-        // Another group may do no more than everybody, and nobody anything without the old list.
-        if (now.st_gid != old.st_gid)
-            mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3U;
-        if (!hasSameList)
-            mode &= ~mode_t{S_IRWXG | S_IRWXO};
-        if ((now.st_mode & permissionBits) != mode && ::fchmod(m_file.number(), mode) != 0)
-            fail(errno, m_path);
-    }
-
-    void write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t count = uninterrupted(
-                [&] { return m_calls.write(m_file.number(), bytes.data(), bytes.size()); });
-            if (count <= 0)
-                fail(count < 0 ? errno : ENOSPC, m_path);
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        }
-    }
-
-    void sync() {
-        if (uninterrupted([&] { return m_calls.sync(m_file.number()); }) != 0)
-            fail(errno, m_path);
-    }
-
-    void renameTo(const fs::path& target) {
-        if (m_calls.rename(m_path.c_str(), target.c_str()) != 0)
-            fail(errno, target);
-        m_path.clear();
-    }
-
-private:
-    const PosixFileCalls& m_calls;
-    fs::path m_path;
-    Descriptor m_file;
-};
+/// Gives a new file what its group and others may do with the one that it replaces.
+void adoptPermissions(const fs::path& path, int file, const fs::path& target,
+                      const struct stat& old) {
+    // Only the superuser can give files away. For others the file becomes the user's own, in the
+    // old group if they belong to it.
+    constexpr auto sameUser = static_cast<uid_t>(-1);
+    constexpr auto sameGroup = static_cast<gid_t>(-1);
+    static_cast<void>(!::fchown(file, old.st_uid, sameGroup));
+    static_cast<void>(!::fchown(file, sameUser, old.st_gid));
+    const bool hasSameList = copyAccessList(target, path);
+    struct stat now {};
+    if (::fstat(file, &now) != 0)
+        fail(errno, path);
+    constexpr mode_t permissionBits = 07777;
+    mode_t mode = old.st_mode & permissionBits;
+    // Another group may do no more than everybody, and nobody anything without the old list.
+    if (now.st_gid != old.st_gid)
+        mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3U;
+    if (!hasSameList)
+        mode &= ~mode_t{S_IRWXG | S_IRWXO};
+    if ((now.st_mode & permissionBits) != mode && ::fchmod(file, mode) != 0)
+        fail(errno, path);
+}
 
 /// Puts a rename on the disk. That fails only where the disk does, and then it is too late to say
 /// so.
@@ -216,17 +174,33 @@ void PosixAtomicFile::write(const fs::path& path,
                             const std::function<void(const Put&)>& putContent) {
     const fs::path target = linkTarget(path);
     const std::optional<struct stat> old = statusOfTarget(target);
+    const fs::path temporary = folderOf(target) / temporaryName();
     // What replaces a private file must not be readable for a moment either.
-    constexpr mode_t newFile = 0666, privateFile = 0600;
-    {
-        Temporary temporary(m_calls, folderOf(target), old ? privateFile : newFile);
+    const mode_t mode = old ? 0600 : 0666;
+    const Descriptor file(uninterrupted([&] {
+        return m_calls.open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    }));
+    if (!file)
+        fail(errno, temporary);
+    try {
         if (old)
-            temporary.adoptPermissions(target, *old);
-        putContent([&](std::string_view piece) { temporary.write(piece); });
-        temporary.sync();
-        temporary.renameTo(target);
+            adoptPermissions(temporary, file.number(), target, *old);
+        putContent([&](std::string_view piece) {
+            while (!piece.empty()) {
+                const ssize_t count = uninterrupted(
+                    [&] { return m_calls.write(file.number(), piece.data(), piece.size()); });
+                if (count <= 0)
+                    fail(count < 0 ? errno : ENOSPC, temporary);
+                piece.remove_prefix(static_cast<std::size_t>(count));
+            }
+        });
+        if (uninterrupted([&] { return m_calls.sync(file.number()); }) != 0)
+            fail(errno, temporary);
+        move(temporary, target);
+    } catch (...) {
+        ::unlink(temporary.c_str());
+        throw;
     }
-    syncFolder(m_calls, folderOf(target));
     removeLeftovers(target);
 }
 
