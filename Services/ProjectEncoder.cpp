@@ -2,112 +2,53 @@
 
 #include <array>
 #include <charconv>
-#include <concepts>
 
 namespace mossbit {
 
 namespace {
 
-/// Writes pretty-printed JSON. Texts are written as they are: every text of a project is one of our
-/// own names and needs no escapes.
-class JsonWriter {
-public:
-    explicit JsonWriter(std::size_t expectedSize) { m_out.reserve(expectedSize); }
+void put(std::string& json, std::int64_t number) {
+    std::array<char, 24> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    json.append(digits.data(), end);
+}
 
-    void open(char bracket) {
-        m_out += bracket;
-        ++m_level;
-        m_isFirst = true;
-    }
+/// As it is: every text of a project is one of our own names and needs no escapes.
+void put(std::string& json, std::string_view text) {
+    json += text;
+}
 
-    void close(char bracket) {
-        --m_level;
-        if (!m_isFirst)
-            startLine();
-        m_out += bracket;
-        m_isFirst = false;
-    }
-
-    /// Starts the next element of a list.
-    void element() {
-        if (!m_isFirst)
-            m_out += ',';
-        m_isFirst = false;
-        startLine();
-    }
-
-    /// Starts the next member of an object.
-    void key(std::string_view name) {
-        element();
-        value(name);
-        m_out += " : ";
-    }
-
-    void value(std::string_view text) {
-        m_out += '"';
-        m_out += text;
-        m_out += '"';
-    }
-
-    void value(std::same_as<bool> auto flag) { m_out += flag ? "true" : "false"; }
-
-    void value(std::int64_t number) {
-        std::array<char, 24> digits{};
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-        m_out.append(digits.data(), end);
-    }
-
-    template <typename Value>
-    void member(std::string_view name, Value content) {
-        key(name);
-        value(content);
-    }
-
-    std::string take() { return std::move(m_out); }
-
-private:
-    void startLine() {
-        m_out += '\n';
-        m_out.append(m_level * 2, ' ');
-    }
-
-    std::string m_out;
-    std::size_t m_level = 0;
-    bool m_isFirst = true;
-};
+template <typename... Parts>
+void append(std::string& json, const Parts&... parts) {
+    (put(json, parts), ...);
+}
 
 // Members are written in the alphabetical order of their names.
 
-void write(JsonWriter& json, const Note& note) {
-    json.open('{');
-    json.member("id", std::string_view(note.id.text()));
-    json.member("length", note.length);
-    json.member("pitch", note.pitch);
-    json.member("start", note.start);
-    json.member("velocity", note.velocity);
-    json.close('}');
+void appendNote(std::string& json, const Note& note) {
+    append(json, "        {\n");
+    append(json, "          \"id\" : \"", note.id.text(), "\",\n");
+    append(json, "          \"length\" : ", note.length, ",\n");
+    append(json, "          \"pitch\" : ", note.pitch, ",\n");
+    append(json, "          \"start\" : ", note.start, ",\n");
+    append(json, "          \"velocity\" : ", note.velocity, "\n");
+    append(json, "        }");
 }
 
-template <typename Element>
-void write(JsonWriter& json, const std::vector<Element>& elements) {
-    json.open('[');
-    for (const Element& element : elements) {
-        json.element();
-        write(json, element);
+void appendChannel(std::string& json, const Channel& channel) {
+    append(json, "    {\n");
+    append(json, "      \"duty\" : ", rawValue(channel.duty), ",\n");
+    append(json, "      \"kind\" : \"", rawValue(channel.kind), "\",\n");
+    append(json, "      \"muted\" : ", channel.muted ? "true" : "false", ",\n");
+    append(json, "      \"notes\" : [");
+    for (const Note& note : channel.notes) {
+        append(json, &note == channel.notes.data() ? "\n" : ",\n");
+        appendNote(json, note);
     }
-    json.close(']');
-}
-
-void write(JsonWriter& json, const Channel& channel) {
-    json.open('{');
-    json.member("duty", rawValue(channel.duty));
-    json.member("kind", rawValue(channel.kind));
-    json.member("muted", channel.muted);
-    json.key("notes");
-    write(json, channel.notes);
-    json.member("volume", channel.volume);
-    json.member("wave", rawValue(channel.wave));
-    json.close('}');
+    append(json, channel.notes.empty() ? "],\n" : "\n      ],\n");
+    append(json, "      \"volume\" : ", channel.volume, ",\n");
+    append(json, "      \"wave\" : \"", rawValue(channel.wave), "\"\n");
+    append(json, "    }");
 }
 
 } // namespace
@@ -117,17 +58,22 @@ std::string ProjectStore::encode(const Project& project) {
     std::size_t expectedSize = 1024;
     for (const Channel& channel : project.channels)
         expectedSize += channel.notes.size() * 180;
-    JsonWriter json(expectedSize);
-    json.open('{');
-    json.member("bars", project.bars);
-    json.key("channels");
-    write(json, project.channels);
-    json.member("grid", rawValue(project.grid));
-    json.member("loop", project.loop);
-    json.member("tempo", project.tempo);
-    json.member("version", project.version);
-    json.close('}');
-    return json.take();
+    std::string json;
+    json.reserve(expectedSize);
+    append(json, "{\n");
+    append(json, "  \"bars\" : ", project.bars, ",\n");
+    append(json, "  \"channels\" : [");
+    for (const Channel& channel : project.channels) {
+        append(json, &channel == project.channels.data() ? "\n" : ",\n");
+        appendChannel(json, channel);
+    }
+    append(json, "\n  ],\n");
+    append(json, "  \"grid\" : ", rawValue(project.grid), ",\n");
+    append(json, "  \"loop\" : ", project.loop ? "true" : "false", ",\n");
+    append(json, "  \"tempo\" : ", project.tempo, ",\n");
+    append(json, "  \"version\" : ", project.version, "\n");
+    append(json, "}");
+    return json;
 }
 
 } // namespace mossbit
