@@ -51,9 +51,6 @@ std::string_view shortened(std::string_view title) {
 }
 
 bool haveSameBytes(const fs::path& left, const fs::path& right) {
-    // Opening a pipe would wait for its writer.
-    if (!fs::is_regular_file(left) || !fs::is_regular_file(right))
-        return false;
     using Bytes = std::istreambuf_iterator<char>;
     std::ifstream first(left, std::ios::binary), second(right, std::ios::binary);
     return first && second && std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
@@ -145,12 +142,16 @@ void RecoveryFiles::addToKept(std::string_view title,
     // Another copy must not choose the same name.
     FileLock lock(m_kept / ".lock");
     lock.claim(patience);
+    const std::vector<fs::path> others = keptFiles();
     std::time_t time = std::time(nullptr);
-    for (const fs::path& file : keptFiles())
-        time = std::max(time, *timeIn(file) + 1);
+    if (!others.empty())
+        time = std::max(time, *timeIn(others.back()) + 1);
     const fs::path file = m_kept / nameOf(time, shortened(title));
     add(file);
-    removeCopies(file);
+    // Older copies would push out other songs. Opening a pipe would wait for its writer.
+    for (const fs::path& other : others)
+        if (fs::is_regular_file(file) && haveSameBytes(other, file))
+            fs::remove(other);
 }
 
 bool RecoveryFiles::contains(const fs::path& file) const {
@@ -168,13 +169,6 @@ std::vector<fs::path> RecoveryFiles::keptFiles() const {
             files.push_back(entry.path());
     std::ranges::sort(files);
     return files;
-}
-
-/// Removes older copies of `newest`, so that they push out no other song.
-void RecoveryFiles::removeCopies(const fs::path& newest) const {
-    for (const fs::path& file : keptFiles())
-        if (file != newest && haveSameBytes(file, newest))
-            fs::remove(file);
 }
 
 /// Leaves the last `keptLimit` songs. Only at a start: no song may go while it is being opened.

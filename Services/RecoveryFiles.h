@@ -48,7 +48,6 @@ private:
     void addToKept(std::string_view title,
                    const std::function<void(const std::filesystem::path&)>& add);
     std::vector<std::filesystem::path> keptFiles() const;
-    void removeCopies(const std::filesystem::path& newest) const;
     void removeOldest() const noexcept;
 
     AtomicFile& m_files;
