@@ -170,9 +170,6 @@ private:
     /// Whether the song may be replaced: not at all, if it is safe, or even if it gets lost.
     enum class Consent { refused, given, givenToDiscard };
 
-    /// True while a modal dialog is up.
-    class DialogScope;
-
     /// Sets a field, and tells its observers if that changes it.
     template <typename Field>
     void assign(Field& field, Field value, void (ProjectViewModel::*changed)()) {
@@ -183,10 +180,10 @@ private:
     }
 
     // Editing.
-    /// Records an undo step, changes the project and tells of it.
+    /// Changes the project as one undo step, and tells of it. No step if nothing changes.
     void edit(const std::function<void(Project&)>& change);
     void editChannel(int index, const std::function<void(Channel&)>& change);
-    const Channel& channelAt(int index) const;
+    std::vector<Note>& selectedNotes();
     void pruneSelection();
 
     // Undo.
@@ -194,8 +191,6 @@ private:
     void travel(void (UndoHistory::*step)(Project&));
     void didChange(bool projectDiffers = true);
     void cancelAutosave();
-    /// `fileURL` is the document's file at the time of the edit.
-    void autosave(const std::optional<std::filesystem::path>& fileURL);
     void autosaveDocument(const std::filesystem::path& url);
     bool writeAutosave();
     void writeInBackground(const std::filesystem::path& url);
@@ -218,7 +213,7 @@ private:
 
     // Playback.
     void tick();
-    void clearPlayhead();
+    void stopWithoutSound();
 
     ViewModelServices m_services;
     Project m_project;
@@ -239,6 +234,7 @@ private:
     std::unique_ptr<MainLoop::Task> m_autosaveLimitTask;
     std::unique_ptr<MainLoop::Task> m_playheadTimer;
     std::unique_ptr<MainLoop::Task> m_handOverTask;
+    /// True while a modal dialog is up.
     bool m_isDialogUp = false;
     bool m_isDiscarded = false;
 };

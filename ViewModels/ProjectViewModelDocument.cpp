@@ -4,6 +4,8 @@
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
 
+#include <QtCore/QScopedValueRollback>
+
 #include <exception>
 #include <system_error>
 
@@ -25,17 +27,6 @@ std::string describe(const fs::path& url, const std::exception& error) {
 }
 
 } // namespace
-
-class ProjectViewModel::DialogScope {
-public:
-    explicit DialogScope(ProjectViewModel& vm) : m_vm(vm) { m_vm.m_isDialogUp = true; }
-    DialogScope(const DialogScope&) = delete;
-    DialogScope& operator=(const DialogScope&) = delete;
-    ~DialogScope() { m_vm.m_isDialogUp = false; }
-
-private:
-    ProjectViewModel& m_vm;
-};
 
 ProjectViewModel::ProjectViewModel(const ViewModelServices& services,
                                    std::optional<Project> project,
@@ -78,7 +69,7 @@ void ProjectViewModel::open() {
     if (consent == Consent::refused)
         return;
     const auto url = [this] {
-        const DialogScope scope(*this);
+        const QScopedValueRollback dialogUp(m_isDialogUp, true);
         return m_services.dialogs.runOpenPanel();
     }();
     if (url)
@@ -129,7 +120,7 @@ ProjectViewModel::Consent ProjectViewModel::confirmDiscardIfNeeded() {
 
 ProjectViewModel::Consent ProjectViewModel::askAboutUnsavedWork() {
     const std::size_t button = [this] {
-        const DialogScope scope(*this);
+        const QScopedValueRollback dialogUp(m_isDialogUp, true);
         return m_services.dialogs.runAlert(
             {.message = "Save changes to " + documentName() + "?",
              .informativeText = "Your changes will be lost if you don't save them.",
@@ -213,7 +204,7 @@ bool ProjectViewModel::saveDocumentAs() {
 std::optional<fs::path> ProjectViewModel::askWhereToSave(FileKind kind) {
     const fs::path folder = m_fileURL ? m_fileURL->parent_path() : fs::path();
     const fs::path proposal = folder / (documentName() + extensionOf(kind));
-    const DialogScope scope(*this);
+    const QScopedValueRollback dialogUp(m_isDialogUp, true);
     return m_services.dialogs.runSavePanel(kind, proposal);
 }
 

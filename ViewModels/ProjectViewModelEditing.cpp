@@ -16,19 +16,21 @@ ProjectViewModel::Selection idsOf(const std::vector<Note>& notes) {
 
 } // namespace
 
-const Channel& ProjectViewModel::channelAt(int index) const {
-    return m_project.channels[static_cast<std::size_t>(index)];
+const Channel& ProjectViewModel::selectedChannel() const {
+    return m_project.channels[static_cast<std::size_t>(m_selectedChannelIndex)];
 }
 
-const Channel& ProjectViewModel::selectedChannel() const {
-    return channelAt(m_selectedChannelIndex);
+std::vector<Note>& ProjectViewModel::selectedNotes() {
+    return m_project.channels[static_cast<std::size_t>(m_selectedChannelIndex)].notes;
 }
 
 void ProjectViewModel::edit(const std::function<void(Project&)>& change) {
-    pushUndo();
     const Project before = m_project;
     change(m_project);
-    didChange(m_project != before);
+    if (m_project == before)
+        return;
+    changeHistory([&] { m_history.push(before); });
+    didChange();
 }
 
 void ProjectViewModel::editChannel(int index, const std::function<void(Channel&)>& change) {
@@ -55,10 +57,9 @@ std::optional<Note> ProjectViewModel::addNote(std::int64_t pitch, std::int64_t s
 }
 
 void ProjectViewModel::updateNote(const Uuid& id, const NoteChange& change) {
-    const auto channel = static_cast<std::size_t>(m_selectedChannelIndex);
-    std::vector<Note>& notes = m_project.channels[channel].notes;
     bool differs = false;
-    if (const auto found = std::ranges::find(notes, id, &Note::id); found != notes.end()) {
+    const auto found = std::ranges::find(selectedNotes(), id, &Note::id);
+    if (found != selectedNotes().end()) {
         const Note before = *found;
         found->pitch = change.pitch.value_or(before.pitch);
         found->start = change.start.value_or(before.start);
@@ -69,12 +70,11 @@ void ProjectViewModel::updateNote(const Uuid& id, const NoteChange& change) {
 }
 
 void ProjectViewModel::deleteNote(const Uuid& id) {
-    editChannel(m_selectedChannelIndex, [&](Channel& channel) {
-        std::erase_if(channel.notes, [&](const Note& note) { return note.id == id; });
-    });
-    Selection rest = m_selection;
-    rest.erase(id);
-    setSelection(std::move(rest));
+    pushUndo();
+    const auto count =
+        std::erase_if(selectedNotes(), [id](const Note& note) { return note.id == id; });
+    didChange(count > 0);
+    pruneSelection();
 }
 
 void ProjectViewModel::deleteSelection() {
@@ -112,9 +112,9 @@ void ProjectViewModel::setSelectedChannelIndex(int index) {
 }
 
 void ProjectViewModel::setVolume(std::int64_t volume, int channel) {
-    const std::int64_t clamped = std::clamp<std::int64_t>(volume, 0, highestVolume);
-    if (clamped != channelAt(channel).volume)
-        editChannel(channel, [&](Channel& edited) { edited.volume = clamped; });
+    editChannel(channel, [&](Channel& edited) {
+        edited.volume = std::clamp<std::int64_t>(volume, 0, highestVolume);
+    });
 }
 
 void ProjectViewModel::toggleMute(int channel) {
@@ -122,19 +122,15 @@ void ProjectViewModel::toggleMute(int channel) {
 }
 
 void ProjectViewModel::setDuty(Duty duty, int channel) {
-    if (duty != channelAt(channel).duty)
-        editChannel(channel, [&](Channel& edited) { edited.duty = duty; });
+    editChannel(channel, [&](Channel& edited) { edited.duty = duty; });
 }
 
 void ProjectViewModel::setWavePreset(WavePreset preset, int channel) {
-    if (preset != channelAt(channel).wave)
-        editChannel(channel, [&](Channel& edited) { edited.wave = preset; });
+    editChannel(channel, [&](Channel& edited) { edited.wave = preset; });
 }
 
 void ProjectViewModel::setTempo(std::int64_t tempo) {
-    const std::int64_t clamped = std::clamp(tempo, lowestTempo, highestTempo);
-    if (clamped != m_project.tempo)
-        edit([&](Project& project) { project.tempo = clamped; });
+    edit([&](Project& project) { project.tempo = std::clamp(tempo, lowestTempo, highestTempo); });
 }
 
 void ProjectViewModel::setBars(std::int64_t bars) {
@@ -148,8 +144,7 @@ void ProjectViewModel::setBars(std::int64_t bars) {
 }
 
 void ProjectViewModel::setGrid(GridDivision grid) {
-    if (grid != m_project.grid)
-        edit([&](Project& project) { project.grid = grid; });
+    edit([&](Project& project) { project.grid = grid; });
 }
 
 void ProjectViewModel::toggleLoop() {

@@ -46,8 +46,11 @@ void ProjectViewModel::didChange(bool projectDiffers) {
     m_audio.update(m_project);
     // The project needs no copy: whatever changes it comes here and restarts the delay, and what
     // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
-    m_autosaveTask =
-        m_services.mainLoop.after(autosaveDelay, [this, url = m_fileURL] { autosave(url); });
+    m_autosaveTask = m_services.mainLoop.after(autosaveDelay, [this, url = m_fileURL] {
+        writeAutosave();
+        if (url)
+            autosaveDocument(*url);
+    });
     if (!m_autosaveLimitTask)
         m_autosaveLimitTask = m_services.mainLoop.after(autosaveLimit, [this] { writeAutosave(); });
     if (projectDiffers)
@@ -57,12 +60,6 @@ void ProjectViewModel::didChange(bool projectDiffers) {
 void ProjectViewModel::cancelAutosave() {
     m_autosaveTask.reset();
     m_autosaveLimitTask.reset();
-}
-
-void ProjectViewModel::autosave(const std::optional<std::filesystem::path>& fileURL) {
-    writeAutosave();
-    if (fileURL)
-        autosaveDocument(*fileURL);
 }
 
 void ProjectViewModel::autosaveDocument(const std::filesystem::path& url) {
