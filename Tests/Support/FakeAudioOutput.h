@@ -38,10 +38,8 @@ public:
         m_running = true;
     }
 
+    /// Also where the device goes away.
     void stop() override { m_running = false; }
-
-    /// The device went away while it was running.
-    void lose() { m_running = false; }
 
     void pullInto(std::span<float> block) { m_source(block); }
 

@@ -86,7 +86,7 @@ TEST_F(Playback, ADeviceThatDoesNotStartOrIsLostForGoodIsReported) {
         harness.output.startError.clear();
         model->play();
         listen(3 * secondsPerTick);
-        harness.output.lose();
+        harness.output.stop();
         harness.output.startError = "gone";
         playsAgain ? model->play() : listen(secondsPerTick);
         expectFailure();
