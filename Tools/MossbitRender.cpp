@@ -27,22 +27,17 @@ int render(const char* in, const char* out) {
     std::error_code ignored;
     if (std::filesystem::equivalent(in, out, ignored))
         return fail(std::string(out) + ": the song and the sound would be the same file");
-    mossbit::Project project;
+    const char* concerned = in;
     try {
-        project = mossbit::ProjectStore::readToEnd(in);
-    } catch (const std::exception& error) {
-        return fail(std::string(in) + ": " + mossbit::description(error));
-    }
-    try {
+        const mossbit::Project project = mossbit::ProjectStore::readToEnd(in);
+        if (project.hasNotes())
+            concerned = out;
         mossbit::PosixAtomicFile files;
         mossbit::WAVExporter::exportProject(project, out, files);
-    } catch (const mossbit::ExportError& error) {
-        const bool isEmpty = error.kind() == mossbit::ExportError::Kind::empty;
-        return fail(std::string(isEmpty ? in : out) + ": " + mossbit::description(error));
+        return EXIT_SUCCESS;
     } catch (const std::exception& error) {
-        return fail(std::string(out) + ": " + mossbit::description(error));
+        return fail(std::string(concerned) + ": " + mossbit::description(error));
     }
-    return EXIT_SUCCESS;
 }
 
 } // namespace
