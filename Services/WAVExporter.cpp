@@ -13,9 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace mossbit {
-
-namespace WAVExporter {
+namespace mossbit::WAVExporter {
 
 namespace {
 
@@ -106,6 +104,4 @@ void exportProject(const Project& project, const std::filesystem::path& url, Ato
     }
 }
 
-} // namespace WAVExporter
-
-} // namespace mossbit
+} // namespace mossbit::WAVExporter

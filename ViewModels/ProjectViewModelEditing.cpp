@@ -4,18 +4,6 @@
 
 namespace mossbit {
 
-namespace {
-
-ProjectViewModel::Selection idsOf(const std::vector<Note>& notes) {
-    ProjectViewModel::Selection ids;
-    ids.reserve(notes.size());
-    for (const Note& note : notes)
-        ids.insert(note.id);
-    return ids;
-}
-
-} // namespace
-
 const Channel& ProjectViewModel::selectedChannel() const {
     return m_project.channels[static_cast<std::size_t>(m_selectedChannelIndex)];
 }
@@ -78,8 +66,6 @@ void ProjectViewModel::deleteNote(const Uuid& id) {
 }
 
 void ProjectViewModel::deleteSelection() {
-    if (m_selection.empty())
-        return;
     editChannel(m_selectedChannelIndex, [&](Channel& channel) {
         std::erase_if(channel.notes,
                       [&](const Note& note) { return m_selection.contains(note.id); });
@@ -92,14 +78,18 @@ void ProjectViewModel::setSelection(Selection selection) {
 }
 
 void ProjectViewModel::selectAll() {
-    setSelection(idsOf(selectedChannel().notes));
+    Selection all;
+    for (const Note& note : selectedChannel().notes)
+        all.insert(note.id);
+    setSelection(std::move(all));
 }
 
 void ProjectViewModel::pruneSelection() {
-    Selection kept = m_selection;
-    const Selection present = idsOf(selectedChannel().notes);
-    std::erase_if(kept, [&](const Uuid& id) { return !present.contains(id); });
-    setSelection(std::move(kept));
+    Selection present;
+    for (const Note& note : selectedChannel().notes)
+        if (m_selection.contains(note.id))
+            present.insert(note.id);
+    setSelection(std::move(present));
 }
 
 void ProjectViewModel::setSelectedChannelIndex(int index) {
