@@ -117,13 +117,6 @@ TEST(ProjectJson, SaysWhatIsWrongAndWhere) {
         // Also in a channel that would not be taken.
         {R"({"channels":[{"kind":"wave"},{"kind":"wave","notes":[{}]}]})",
          "channels[1].notes[0].pitch: missing"},
-    };
-    for (const auto& [json, description] : cases)
-        EXPECT_EQ(refusal(json), description) << json;
-}
-
-TEST(ProjectJson, SaysWhereTheSyntaxBreaks) {
-    const std::pair<std::string, const char*> cases[] = {
         {"", "line 1, column 1: unexpected end of input"},
         {"{}\n{}", "line 2, column 1: unexpected '{'"},
         {"{\n  \"tempo\": 1,\n  \"ä\": ]\n}", "line 3, column 8: unexpected ']'"},
