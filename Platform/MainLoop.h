@@ -21,10 +21,6 @@ public:
     /// Runs `action` once, `delay` from now on a monotonic clock.
     [[nodiscard]] virtual std::unique_ptr<Task> after(std::chrono::milliseconds delay,
                                                       std::function<void()> action) = 0;
-
-    /// Runs `action` every `interval`; late calls are not caught up.
-    [[nodiscard]] virtual std::unique_ptr<Task> every(std::chrono::milliseconds interval,
-                                                      std::function<void()> action) = 0;
 };
 
 } // namespace mossbit

@@ -9,8 +9,6 @@ class QtMainLoop final : public MainLoop {
 public:
     std::unique_ptr<Task> after(std::chrono::milliseconds delay,
                                 std::function<void()> action) override;
-    std::unique_ptr<Task> every(std::chrono::milliseconds interval,
-                                std::function<void()> action) override;
 };
 
 } // namespace mossbit

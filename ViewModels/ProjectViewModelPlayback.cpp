@@ -14,14 +14,18 @@ void ProjectViewModel::play() {
         return;
     }
     assign(m_isPlaying, true, &ProjectViewModel::isPlayingChanged);
-    m_playheadTimer = m_services.mainLoop.every(playheadInterval, [this] { tick(); });
+    tickLater();
+}
+
+void ProjectViewModel::tickLater() {
+    m_playheadTask = m_services.mainLoop.after(playheadInterval, [this] { tick(); });
 }
 
 void ProjectViewModel::stop() {
     m_audio.stop();
     assign(m_isPlaying, false, &ProjectViewModel::isPlayingChanged);
     assign<std::int64_t>(m_playhead, -1, &ProjectViewModel::playheadChanged);
-    m_playheadTimer.reset();
+    m_playheadTask.reset();
 }
 
 void ProjectViewModel::stopWithoutSound() {
@@ -30,12 +34,14 @@ void ProjectViewModel::stopWithoutSound() {
 }
 
 void ProjectViewModel::tick() {
-    if (!m_project.loop && m_audio.reachedEnd())
+    if (!m_project.loop && m_audio.reachedEnd()) {
         stop();
-    else if (m_audio.hasLostOutput())
+    } else if (m_audio.hasLostOutput()) {
         stopWithoutSound();
-    else
+    } else {
+        tickLater();
         assign(m_playhead, m_audio.playheadTick(), &ProjectViewModel::playheadChanged);
+    }
 }
 
 } // namespace mossbit

@@ -18,12 +18,7 @@ public:
 
     [[nodiscard]] std::unique_ptr<Task> after(std::chrono::milliseconds delay,
                                               std::function<void()> action) override {
-        return std::make_unique<Timer>(*this, delay, Seconds(0), std::move(action));
-    }
-
-    [[nodiscard]] std::unique_ptr<Task> every(std::chrono::milliseconds interval,
-                                              std::function<void()> action) override {
-        return std::make_unique<Timer>(*this, interval, interval, std::move(action));
+        return std::make_unique<Timer>(*this, delay, std::move(action));
     }
 
     /// Moves the clock and runs what becomes due, in order.
@@ -34,14 +29,11 @@ public:
             // Half a microsecond of slack: sums of sixtieths are not exact.
             if (next == m_pending.end() || (*next)->due > end + Seconds(5e-7))
                 break;
-            Timer& timer = **next;
-            m_now = std::max(m_now, timer.due);
-            if (timer.interval > Seconds(0))
-                timer.due += timer.interval;
-            else
-                m_pending.erase(next);
+            m_now = std::max(m_now, (*next)->due);
             // A copy, as it may destroy its timer.
-            std::function<void()>(timer.action)();
+            const std::function<void()> action = (*next)->action;
+            m_pending.erase(next);
+            action();
         }
         m_now = end;
     }
@@ -50,15 +42,14 @@ public:
 
 private:
     struct Timer : Task {
-        Timer(FakeMainLoop& owner, Seconds delay, Seconds repeat, std::function<void()> work)
-            : loop(owner), due(owner.m_now + delay), interval(repeat), action(std::move(work)) {
+        Timer(FakeMainLoop& owner, Seconds delay, std::function<void()> work)
+            : loop(owner), due(owner.m_now + delay), action(std::move(work)) {
             loop.m_pending.push_back(this);
         }
         ~Timer() override { std::erase(loop.m_pending, this); }
 
         FakeMainLoop& loop;
         Seconds due;
-        Seconds interval;
         std::function<void()> action;
     };
 
