@@ -233,7 +233,7 @@ private:
     std::unique_ptr<MainLoop::Task> m_autosaveTask;
     /// Writes the autosave file alone, for changes that never pause.
     std::unique_ptr<MainLoop::Task> m_autosaveLimitTask;
-    std::unique_ptr<MainLoop::Task> m_playheadTask;
+    std::unique_ptr<MainLoop::Task> m_playheadTimer;
     std::unique_ptr<MainLoop::Task> m_handOverTask;
     /// True while a modal dialog is up.
     bool m_isDialogUp = false;

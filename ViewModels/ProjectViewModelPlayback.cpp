@@ -18,14 +18,14 @@ void ProjectViewModel::play() {
 }
 
 void ProjectViewModel::tickLater() {
-    m_playheadTask = m_services.mainLoop.after(playheadInterval, [this] { tick(); });
+    m_playheadTimer = m_services.mainLoop.after(playheadInterval, [this] { tick(); });
 }
 
 void ProjectViewModel::stop() {
     m_audio.stop();
     assign(m_isPlaying, false, &ProjectViewModel::isPlayingChanged);
     assign<std::int64_t>(m_playhead, -1, &ProjectViewModel::playheadChanged);
-    m_playheadTask.reset();
+    m_playheadTimer.reset();
 }
 
 void ProjectViewModel::stopWithoutSound() {
