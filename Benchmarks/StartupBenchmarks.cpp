@@ -1,22 +1,19 @@
 #include "Services/ProjectStore.h"
 #include "Tests/Support/FullSong.h"
-#include "Tests/Support/Process.h"
 #include "Tests/Support/ScratchFolder.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <QProcess>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -36,14 +33,14 @@ public:
         setenv("QT_QPA_PLATFORM", "xcb", 1);
         setenv("SDL_AUDIODRIVER", "dummy", 1);
         const auto number = m_folder / "display";
-        m_server.emplace(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0",
-                                                  "1280x800x24", "-fbdir", m_folder.path(),
-                                                  "-nolisten", "tcp", "-noreset"},
-                         number);
+        m_server.setStandardOutputFile(QString::fromStdString(number));
+        m_server.start("Xvfb",
+                       {"-displayfd", "1", "-screen", "0", "1280x800x24", "-fbdir",
+                        QString::fromStdString(m_folder.path()), "-nolisten", "tcp", "-noreset"});
         const std::string socket = m_folder / "bus";
         setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + socket).c_str(), 1);
-        m_bus.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
-                                               "--nopidfile", "--address=unix:path=" + socket});
+        m_bus.start("dbus-daemon", {"--session", "--nofork", "--nopidfile",
+                                    "--address=unix:path=" + QString::fromStdString(socket)});
         if (!waitUntil(
                 [&] { return bytesOf(number).ends_with('\n') && std::filesystem::exists(socket); }))
             throw std::runtime_error("no screen or no bus");
@@ -51,6 +48,13 @@ public:
         display.pop_back();
         setenv("DISPLAY", display.insert(0, 1, ':').c_str(), 1);
         map(m_folder / "Xvfb_screen0");
+    }
+
+    ~Screen() {
+        for (QProcess* process : {&m_bus, &m_server}) {
+            process->kill();
+            process->waitForFinished();
+        }
     }
 
     /// Whether the window's last corner is painted. The screen is black without it, and so is a
@@ -78,23 +82,23 @@ private:
     }
 
     const ScratchFolder m_folder;
-    std::optional<Process> m_server;
-    std::optional<Process> m_bus;
+    QProcess m_server;
+    QProcess m_bus;
     const volatile std::uint32_t* m_rows = nullptr;
     std::size_t m_rowWords = 0;
 };
 
 /// Processor time of a program so far, in seconds.
-double processorSeconds(pid_t process) {
+double processorSeconds(qint64 process) {
     clockid_t clock = 0;
     timespec time{};
-    clock_getcpuclockid(process, &clock);
+    clock_getcpuclockid(static_cast<pid_t>(process), &clock);
     clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 /// Memory of a program that is in use now, in MiB.
-double residentMiB(pid_t process) {
+double residentMiB(qint64 process) {
     std::size_t all = 0;
     std::size_t resident = 0;
     std::ifstream("/proc/" + std::to_string(process) + "/statm") >> all >> resident;
@@ -103,7 +107,7 @@ double residentMiB(pid_t process) {
 }
 
 /// From the start of the program to its window on the screen, looked for every 2 ms.
-void FirstPaintedFrame(benchmark::State& state, const std::vector<std::string>& command,
+void FirstPaintedFrame(benchmark::State& state, const QStringList& command,
                        const Project& autosave) {
     using Clock = std::chrono::steady_clock;
     const Screen screen;
@@ -114,15 +118,17 @@ void FirstPaintedFrame(benchmark::State& state, const std::vector<std::string>& 
     double resident = 0;
     for (auto _ : state) {
         const auto start = Clock::now();
-        Process program(command);
+        QProcess program;
+        program.start(command.first(), command.mid(1));
         if (!waitUntil([&] { return screen.isPainted(); }))
             throw std::runtime_error("the window did not appear");
         const std::chrono::duration<double> taken = Clock::now() - start;
         state.SetIterationTime(taken.count());
         best = std::min(best, taken.count());
-        bestProcessor = std::min(bestProcessor, processorSeconds(program.id()));
-        resident = residentMiB(program.id());
-        program.kill(SIGTERM);
+        bestProcessor = std::min(bestProcessor, processorSeconds(program.processId()));
+        resident = residentMiB(program.processId());
+        program.terminate();
+        program.waitForFinished();
         if (!waitUntil([&] { return !screen.isPainted(); }))
             throw std::runtime_error("the window stays");
     }

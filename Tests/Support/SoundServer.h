@@ -1,14 +1,14 @@
 #pragma once
 
-#include "Tests/Support/Process.h"
 #include "Tests/Support/ScratchFolder.h"
 #include "Tests/Support/SoundCheck.h"
 
 #include <gtest/gtest.h>
 
+#include <QProcess>
+
 #include <csignal>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,41 +26,45 @@ public:
                                      "DBUS_SESSION_BUS_ADDRESS"})
             unsetenv(variable);
         setenv("SDL_AUDIODRIVER", "pulseaudio", 1);
+        m_recorder.setStandardOutputFile(QString::fromStdString(recordingFile()));
     }
+
+    ~SoundServer() { kill(); }
 
     /// False if the server or its recorder does not come up.
     bool start() {
         std::filesystem::remove(socket());
-        m_server.emplace(std::vector<std::string>{
-            "pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
-            "--realtime=yes", "--high-priority=yes", "--log-target=null", "-L",
-            "module-native-protocol-unix auth-anonymous=1 socket=" + socket()});
-        return waitUntil([] { return Process({"pactl", "info"}).wait() == 0; }) && addDevice();
+        m_server.start("pulseaudio",
+                       {"-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
+                        "--realtime=yes", "--high-priority=yes", "--log-target=null", "-L",
+                        QString::fromStdString("module-native-protocol-unix auth-anonymous=1 "
+                                               "socket=" +
+                                               socket())});
+        return waitUntil([] { return pactl({"info"}); }) && addDevice();
     }
 
     bool addDevice() {
         // Without norewinds the first stream stalls for a second; without the format the server
         // would round.
-        return Process({"pactl", "load-module", "module-null-sink", "sink_name=out", "rate=48000",
-                        "format=float32le", "channels=2", "norewinds=1"})
-                       .wait() == 0 &&
+        return pactl({"load-module", "module-null-sink", "sink_name=out", "rate=48000",
+                      "format=float32le", "channels=2", "norewinds=1"}) &&
                record();
     }
 
     void removeDevice() {
-        EXPECT_EQ(Process({"pactl", "unload-module", "module-null-sink"}).wait(), 0);
-        m_recorder->kill();
+        EXPECT_TRUE(pactl({"unload-module", "module-null-sink"}));
+        end(m_recorder);
     }
 
     /// ALSA, with a device that plays to nowhere.
     void addOtherSystem() { putBytes(m_home / ".asoundrc", "pcm.!default { type null }"); }
 
-    void hang() { ::kill(m_server->id(), SIGSTOP); }
-    void wakeUp() { ::kill(m_server->id(), SIGCONT); }
+    void hang() { ::kill(static_cast<pid_t>(m_server.processId()), SIGSTOP); }
+    void wakeUp() { ::kill(static_cast<pid_t>(m_server.processId()), SIGCONT); }
 
     void kill() {
-        m_server->kill();
-        m_recorder->kill();
+        end(m_server);
+        end(m_recorder);
     }
 
     /// Waits until the device is given more than silence; false if it is not.
@@ -68,22 +72,33 @@ public:
         return waitUntil([&] { return !recording().empty(); });
     }
 
-    std::vector<float> recording() const { return readRecording(m_home / "recording.raw"); }
+    std::vector<float> recording() const { return readRecording(recordingFile()); }
 
 private:
     std::string socket() const { return m_home / "native"; }
+    std::string recordingFile() const { return m_home / "recording.raw"; }
+
+    static bool pactl(const QStringList& command) {
+        QProcess process;
+        process.start("pactl", command);
+        process.waitForFinished();
+        return process.exitCode() == 0;
+    }
+
+    static void end(QProcess& process) {
+        process.kill();
+        process.waitForFinished();
+    }
 
     bool record() {
-        m_recorder.emplace(std::vector<std::string>{"parec", "-d", "out.monitor", "--rate=48000",
-                                                    "--format=float32le", "--channels=2",
-                                                    "--latency-msec=20", "--raw"},
-                           m_home / "recording.raw");
-        return waitUntil([&] { return !bytesOf(m_home / "recording.raw").empty(); });
+        m_recorder.start("parec", {"-d", "out.monitor", "--rate=48000", "--format=float32le",
+                                   "--channels=2", "--latency-msec=20", "--raw"});
+        return waitUntil([&] { return !bytesOf(recordingFile()).empty(); });
     }
 
     const ScratchFolder m_home;
-    std::optional<Process> m_server;
-    std::optional<Process> m_recorder;
+    QProcess m_server;
+    QProcess m_recorder;
 };
 
 } // namespace mossbit
