@@ -40,11 +40,9 @@ QString titleOf(const QFileInfo& file) {
 }
 
 void addExamples(QMenu& menu, ProjectViewModel& vm) {
-    for (const QFileInfo& file : exampleFiles()) {
-        QAction* const open = menu.addAction(
-            titleOf(file), &vm, [&vm, path = toPath(file.filePath())] { vm.openCopy(path); });
-        open->setMenuRole(QAction::NoRole);
-    }
+    for (const QFileInfo& file : exampleFiles())
+        menu.addAction(titleOf(file), &vm,
+                       [&vm, path = toPath(file.filePath())] { vm.openCopy(path); });
     menu.setEnabled(!menu.isEmpty());
 }
 
@@ -92,13 +90,11 @@ void showAbout(QMainWindow& window) {
 } // namespace
 
 void fillHelpMenu(QMenu& menu, ProjectViewModel& vm, QMainWindow& window) {
-    const auto add = [&](const QString& title, void (*show)(QMainWindow&), QAction::MenuRole role) {
-        menu.addAction(title, &window, [&window, show] { show(window); })->setMenuRole(role);
-    };
-    add(tr("Mouse and Keys"), showMouseAndKeys, QAction::NoRole);
+    menu.addAction(tr("Mouse and Keys"), &window, [&window] { showMouseAndKeys(window); });
     addExamples(*menu.addMenu(tr("Open Example")), vm);
     menu.addSeparator();
-    add(tr("About Mossbit"), showAbout, QAction::AboutRole);
+    menu.addAction(tr("About Mossbit"), &window, [&window] { showAbout(window); })
+        ->setMenuRole(QAction::AboutRole);
 }
 
 } // namespace mossbit

@@ -14,10 +14,18 @@ namespace mossbit {
 
 MossbitCommands::MossbitCommands(ProjectViewModel& vm, QMainWindow& window)
     : QObject(&window), m_vm(vm), m_window(window) {
-    addFileMenu();
-    addEditMenu();
-    addPlaybackMenu();
-    fillHelpMenu(*m_window.menuBar()->addMenu(tr("&Help")), vm, window);
+    QMenuBar& bar = *m_window.menuBar();
+    addFileMenu(*bar.addMenu(tr("&File")));
+    addEditMenu(*bar.addMenu(tr("&Edit")));
+    addPlaybackMenu(*bar.addMenu(tr("&Playback")));
+    fillHelpMenu(*bar.addMenu(tr("&Help")), vm, window);
+    for (QAction* const action : bar.findChildren<QAction*>()) {
+        // A key held down gives one command; the space bar must not stutter between play and stop.
+        action->setAutoRepeat(action == m_undo || action == m_redo);
+        // Otherwise macOS moves items about by the words in their titles.
+        if (action->menuRole() == QAction::TextHeuristicRole)
+            action->setMenuRole(QAction::NoRole);
+    }
     for (const auto changed :
          {&ProjectViewModel::isPlayingChanged, &ProjectViewModel::isEditingTextChanged,
           &ProjectViewModel::selectionChanged, &ProjectViewModel::historyChanged})
@@ -25,67 +33,42 @@ MossbitCommands::MossbitCommands(ProjectViewModel& vm, QMainWindow& window)
     followViewModel();
 }
 
-QAction* MossbitCommands::add(QMenu& menu, const QString& title, const QKeySequence& shortcut,
-                              Operation operation) {
-    QAction* const action = menu.addAction(title, &m_vm, operation);
-    action->setShortcut(shortcut);
-    // A key held down gives one command, not an undo step for each repetition.
-    action->setAutoRepeat(false);
-    // Otherwise macOS moves items about by the words in their titles.
-    action->setMenuRole(QAction::NoRole);
-    return action;
+void MossbitCommands::addFileMenu(QMenu& menu) {
+    using Model = ProjectViewModel;
+    menu.addAction(tr("New"), Qt::CTRL | Qt::Key_N, &m_vm, &Model::newProject);
+    menu.addAction(tr("Open…"), Qt::CTRL | Qt::Key_O, &m_vm, qOverload<>(&Model::open));
+    menu.addSeparator();
+    menu.addAction(tr("Save"), Qt::CTRL | Qt::Key_S, &m_vm, &Model::save);
+    menu.addAction(tr("Save As…"), Qt::CTRL | Qt::SHIFT | Qt::Key_S, &m_vm, &Model::saveAs);
+    menu.addSeparator();
+    menu.addAction(tr("Export WAV…"), Qt::CTRL | Qt::Key_E, &m_vm, &Model::exportWAV);
+    menu.addSeparator();
+    menu.addAction(tr("Close"), Qt::CTRL | Qt::Key_W, &m_window, &QWidget::close);
+    menu.addAction(tr("Quit"), Qt::CTRL | Qt::Key_Q, qApp, &QCoreApplication::quit)
+        ->setMenuRole(QAction::QuitRole);
 }
 
-void MossbitCommands::addFileMenu() {
-    QMenu& menu = *m_window.menuBar()->addMenu(tr("&File"));
-    add(menu, tr("New"), Qt::CTRL | Qt::Key_N, &ProjectViewModel::newProject);
-    // Chosen among the overloads of `open`.
-    const Operation open = &ProjectViewModel::open;
-    add(menu, tr("Open…"), Qt::CTRL | Qt::Key_O, open);
+void MossbitCommands::addEditMenu(QMenu& menu) {
+    using Model = ProjectViewModel;
+    m_undo = menu.addAction(tr("Undo"), Qt::CTRL | Qt::Key_Z, &m_vm, &Model::undo);
+    m_redo = menu.addAction(tr("Redo"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &m_vm, &Model::redo);
     menu.addSeparator();
-    add(menu, tr("Save"), Qt::CTRL | Qt::Key_S, &ProjectViewModel::save);
-    add(menu, tr("Save As…"), Qt::CTRL | Qt::SHIFT | Qt::Key_S, &ProjectViewModel::saveAs);
-    menu.addSeparator();
-    add(menu, tr("Export WAV…"), Qt::CTRL | Qt::Key_E, &ProjectViewModel::exportWAV);
-    menu.addSeparator();
-    QAction* const close = menu.addAction(tr("Close"), &m_window, &QWidget::close);
-    close->setShortcut(Qt::CTRL | Qt::Key_W);
-    QAction* const quit = menu.addAction(tr("Quit"), qApp, &QCoreApplication::quit);
-    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
-    quit->setMenuRole(QAction::QuitRole);
-}
-
-void MossbitCommands::addEditMenu() {
-    QMenu& menu = *m_window.menuBar()->addMenu(tr("&Edit"));
-    m_undo = add(menu, tr("Undo"), Qt::CTRL | Qt::Key_Z, &ProjectViewModel::undo);
-    m_redo = add(menu, tr("Redo"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &ProjectViewModel::redo);
-    for (QAction* const action : {m_undo, m_redo})
-        action->setAutoRepeat(true);
-    menu.addSeparator();
-    m_deleteNote =
-        add(menu, tr("Delete Note"), Qt::Key_Backspace, &ProjectViewModel::deleteSelection);
+    m_deleteNote = menu.addAction(tr("Delete Note"), &m_vm, &Model::deleteSelection);
     m_deleteNote->setShortcuts({Qt::Key_Backspace, Qt::Key_Delete});
     m_selectAll =
-        add(menu, tr("Select All Notes"), Qt::CTRL | Qt::Key_A, &ProjectViewModel::selectAll);
+        menu.addAction(tr("Select All Notes"), Qt::CTRL | Qt::Key_A, &m_vm, &Model::selectAll);
 }
 
-void MossbitCommands::addPlaybackMenu() {
-    QMenu& menu = *m_window.menuBar()->addMenu(tr("&Playback"));
-    m_play =
-        menu.addAction(tr("Play"), this, [this] { m_vm.isPlaying() ? m_vm.stop() : m_vm.play(); });
-    m_play->setShortcut(Qt::Key_Space);
-    // A held space bar must not stutter between the two.
-    m_play->setAutoRepeat(false);
-    m_play->setMenuRole(QAction::NoRole);
-    add(menu, tr("Toggle Loop"), Qt::CTRL | Qt::Key_L, &ProjectViewModel::toggleLoop);
+void MossbitCommands::addPlaybackMenu(QMenu& menu) {
+    m_play = menu.addAction(tr("Play"), Qt::Key_Space, this,
+                            [this] { m_vm.isPlaying() ? m_vm.stop() : m_vm.play(); });
+    menu.addAction(tr("Toggle Loop"), Qt::CTRL | Qt::Key_L, &m_vm, &ProjectViewModel::toggleLoop);
     menu.addSeparator();
     for (const ChannelKind kind : allChannelKinds) {
         const int index = static_cast<int>(kind);
-        QAction* const select =
-            menu.addAction(tr("Select %1").arg(title(kind)), this,
-                           [this, index] { m_vm.setSelectedChannelIndex(index); });
-        select->setShortcut(QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + index)));
-        select->setMenuRole(QAction::NoRole);
+        menu.addAction(tr("Select %1").arg(title(kind)),
+                       QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + index)), this,
+                       [this, index] { m_vm.setSelectedChannelIndex(index); });
     }
 }
 

@@ -3,7 +3,6 @@
 #include <QObject>
 
 class QAction;
-class QKeySequence;
 class QMainWindow;
 class QMenu;
 
@@ -20,13 +19,9 @@ public:
     MossbitCommands(ProjectViewModel& vm, QMainWindow& window);
 
 private:
-    using Operation = void (ProjectViewModel::*)();
-
-    void addFileMenu();
-    void addEditMenu();
-    void addPlaybackMenu();
-    QAction* add(QMenu& menu, const QString& title, const QKeySequence& shortcut,
-                 Operation operation);
+    void addFileMenu(QMenu& menu);
+    void addEditMenu(QMenu& menu);
+    void addPlaybackMenu(QMenu& menu);
     void followViewModel();
 
     ProjectViewModel& m_vm;
