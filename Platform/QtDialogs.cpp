@@ -12,9 +12,6 @@
 #include <QStringList>
 #include <QTreeView>
 
-#include <algorithm>
-#include <array>
-
 namespace mossbit {
 
 namespace {
@@ -67,9 +64,8 @@ fs::path toPath(const QString& file) {
 }
 
 } // namespace
+
 std::size_t QtDialogs::runAlert(const Alert& alert) {
-    constexpr std::array roles = {QMessageBox::AcceptRole, QMessageBox::DestructiveRole,
-                                  QMessageBox::RejectRole};
     QMessageBox box(m_window);
     // The one arrangement that puts these three roles in this order, whatever the desktop's is.
     box.setStyleSheet(QStringLiteral("QDialogButtonBox { button-layout: 0 }"));
@@ -80,15 +76,16 @@ std::size_t QtDialogs::runAlert(const Alert& alert) {
     box.setInformativeText(QString::fromStdString(alert.informativeText));
     for (QLabel* label : box.findChildren<QLabel*>())
         label->setTextFormat(Qt::PlainText);
-    std::array<QAbstractButton*, roles.size()> buttons;
-    for (std::size_t index = 0; index < roles.size(); ++index)
-        buttons[index] = box.addButton(QString::fromStdString(alert.buttons[index]), roles[index]);
-    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.front()));
-    box.setEscapeButton(buttons.back());
+    const auto add = [&](const std::string& title, QMessageBox::ButtonRole role) {
+        return box.addButton(QString::fromStdString(title), role);
+    };
+    QPushButton* const first = add(alert.buttons[0], QMessageBox::AcceptRole);
+    QPushButton* const second = add(alert.buttons[1], QMessageBox::DestructiveRole);
+    QPushButton* const last = add(alert.buttons[2], QMessageBox::RejectRole);
+    box.setDefaultButton(first);
+    box.setEscapeButton(last);
     box.exec();
-    const auto* pressed = std::find(buttons.begin(), buttons.end(), box.clickedButton());
-    return pressed == buttons.end() ? buttons.size() - 1
-                                    : static_cast<std::size_t>(pressed - buttons.begin());
+    return box.clickedButton() == first ? 0 : box.clickedButton() == second ? 1 : 2;
 }
 
 bool QtDialogs::mayReplace(const QString& file) const {
