@@ -20,28 +20,26 @@ void AppDelegate::applicationWillTerminate() {
         viewModel->flushAutosave();
 }
 
-void AppDelegate::open(const std::vector<std::filesystem::path>& urls) {
-    if (urls.empty())
-        return;
+void AppDelegate::open(const std::filesystem::path& url) {
     if (m_viewModel == nullptr) {
-        m_heldURLs.push_back(urls.front());
+        m_heldURL = url;
         return;
     }
     // The window comes to the front first, because the prompt about unsaved work belongs to it.
     m_activate();
-    m_viewModel->openHandedOver(urls.front());
+    m_viewModel->openHandedOver(url);
 }
 
 void AppDelegate::setViewModel(ProjectViewModel& viewModel) {
     m_viewModel = &viewModel;
-    for (const std::filesystem::path& url : std::exchange(m_heldURLs, {}))
-        open({url});
+    if (m_heldURL)
+        open(*m_heldURL);
 }
 
 bool AppDelegate::eventFilter(QObject*, QEvent* event) {
     if (event->type() != QEvent::FileOpen)
         return false;
-    open({toPath(static_cast<QFileOpenEvent*>(event)->url())});
+    open(toPath(static_cast<QFileOpenEvent*>(event)->url()));
     return true;
 }
 

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 #include <functional>
-#include <vector>
+#include <optional>
 
 namespace mossbit {
 
@@ -23,9 +23,9 @@ public:
     /// Saves everything. Does so once, however many ways of ending come together.
     void applicationWillTerminate();
 
-    /// Opens the first of the files that one request hands over; before there is a view model, as
-    /// soon as there is one.
-    void open(const std::vector<std::filesystem::path>& urls);
+    /// Opens a file that the system hands over; before there is a view model, as soon as there is
+    /// one.
+    void open(const std::filesystem::path& url);
 
     /// The window has appeared; from now on there is a document to act on.
     void setViewModel(ProjectViewModel& viewModel);
@@ -37,7 +37,7 @@ protected:
 private:
     std::function<void()> m_activate;
     ProjectViewModel* m_viewModel = nullptr;
-    std::vector<std::filesystem::path> m_heldURLs;
+    std::optional<std::filesystem::path> m_heldURL;
 };
 
 } // namespace mossbit

@@ -1,20 +1,11 @@
 #pragma once
 
-#include <QObject>
+#include <functional>
 
 namespace mossbit {
 
-/// Lets the main loop hear of the signals that ask a process to end: SIGTERM, SIGINT, SIGHUP.
-/// One at a time; they have their usual effect again once it is gone.
-class EndSignals : public QObject {
-    Q_OBJECT
-
-public:
-    EndSignals();
-    ~EndSignals() override;
-
-Q_SIGNALS:
-    void received();
-};
+/// Has the main loop run `action` at the first of the signals that ask a process to end: SIGTERM,
+/// SIGINT, SIGHUP. To be called once.
+void atEndSignal(std::function<void()> action);
 
 } // namespace mossbit

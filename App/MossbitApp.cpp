@@ -1,15 +1,17 @@
 #include "App/MossbitApp.h"
 
 #include "App/DocumentWindow.h"
+#include "App/EndSignals.h"
 #include "App/FilePaths.h"
-#include "Platform/AppPaths.h"
 #include "Platform/FileLock.h"
+#include "Platform/SdlAudioOutput.h"
 #include "Platform/SystemLog.h"
 #include "Services/ProjectStore.h"
 #include "Services/RecoveryFiles.h"
 
 #include <QApplication>
 #include <QSessionManager>
+#include <QStandardPaths>
 
 #include <cstdlib>
 
@@ -24,7 +26,7 @@ int MossbitApp::run(const std::vector<std::filesystem::path>& files) {
     if (!files.empty()) {
         // The delegate keeps it until the window has appeared.
         const std::filesystem::path file = handedOverPath(files.front());
-        m_delegate.open({file});
+        m_delegate.open(file);
         address = addressOf(file);
     }
     followTheSystem();
@@ -48,7 +50,7 @@ void MossbitApp::followTheSystem() {
                 m_viewModel->flushAutosave();
         },
         Qt::DirectConnection);
-    QObject::connect(&m_endSignals, &EndSignals::received, &m_delegate, [this] {
+    atEndSignal([this] {
         terminate();
         // Not through the main loop: a native dialog may run a nested one that never ends, and a
         // sound server that hangs would be waited for.
@@ -56,7 +58,7 @@ void MossbitApp::followTheSystem() {
     });
     QObject::connect(&m_bus, &SessionBus::requested, &m_delegate, [this](const QStringList& uris) {
         if (!uris.isEmpty())
-            m_delegate.open({handedOverPath(uris.first())});
+            m_delegate.open(handedOverPath(uris.first()));
         else if (m_window)
             m_window->bringToFront();
     });
@@ -70,8 +72,9 @@ void MossbitApp::terminate() {
 
 void MossbitApp::makeDocument() {
     // First, because it finds the device while the song is read.
-    m_audioOutput = std::make_unique<SdlAudioOutput>();
-    const std::filesystem::path autosave = ProjectStore::autosaveURL(applicationSupportFolder());
+    m_audioOutput = sdlAudioOutput();
+    const std::filesystem::path autosave = ProjectStore::autosaveURL(
+        toPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)));
     // Another process that has just been closed may still be saving. One that goes on running keeps
     // the autosave, and this one takes it over when that ends.
     FileLock(RecoveryFiles::lockFile(autosave)).claim(std::chrono::seconds(2));
@@ -86,7 +89,7 @@ void MossbitApp::showWindow() {
     // The connection is queued, because a prompt must not keep the drop's sender waiting.
     QObject::connect(
         m_window.get(), &DocumentWindow::fileDropped, &m_delegate,
-        [this](const QString& address) { m_delegate.open({handedOverPath(address)}); },
+        [this](const QString& address) { m_delegate.open(handedOverPath(address)); },
         Qt::QueuedConnection);
     m_delegate.applicationDidFinishLaunching();
     // Once the loop runs, the window has appeared and may show a message.

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "App/AppDelegate.h"
-#include "App/EndSignals.h"
 #include "App/KeyRepeatGuard.h"
 #include "App/SessionBus.h"
+#include "Platform/AudioOutput.h"
 #include "Platform/PosixAtomicFile.h"
 #include "Platform/QtDialogs.h"
 #include "Platform/QtMainLoop.h"
-#include "Platform/SdlAudioOutput.h"
 #include "ViewModels/ProjectViewModel.h"
 
 #include <filesystem>
@@ -38,10 +37,9 @@ private:
     QtDialogs m_dialogs;
     PosixAtomicFile m_files;
     SessionBus m_bus;
-    EndSignals m_endSignals;
     AppDelegate m_delegate;
     KeyRepeatGuard m_keyRepeatGuard;
-    std::unique_ptr<SdlAudioOutput> m_audioOutput;
+    std::shared_ptr<AudioOutput> m_audioOutput;
     std::unique_ptr<ProjectViewModel> m_viewModel;
     std::unique_ptr<DocumentWindow> m_window;
 };

@@ -16,6 +16,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace mossbit {
@@ -85,18 +86,16 @@ double defaultDeviceRate() {
     return isKnown ? device.freq : 0;
 }
 
-} // namespace
-
 /// What the main thread, the worker and the audio thread share.
-class SdlAudioOutput::Device {
+class SdlAudioOutput final : public AudioOutput {
 public:
     // Main thread.
 
-    double sampleRate();
-    void setSource(double sampleRate, Source source);
-    bool isRunning() const;
-    void start();
-    void stop();
+    double sampleRate() override;
+    void setSource(double sampleRate, Source source) override;
+    bool isRunning() const override;
+    void start() override;
+    void stop() override;
     /// Asks the worker to end; false if it is still busy after `answerLimit`.
     bool end();
 
@@ -119,7 +118,7 @@ private:
     };
 
     // Audio thread.
-    static void fill(void* device, Uint8* stream, int bytes);
+    static void fill(void* output, Uint8* stream, int bytes);
 
     // Under the lock.
     void enter(State state);
@@ -160,23 +159,23 @@ private:
     std::string m_failure;
 };
 
-double SdlAudioOutput::Device::sampleRate() {
+double SdlAudioOutput::sampleRate() {
     Lock lock(m_mutex);
     m_changed.wait_for(lock, answerLimit, [this] { return m_defaultRate.has_value(); });
     return m_defaultRate.value_or(0);
 }
 
-void SdlAudioOutput::Device::setSource(double sampleRate, Source source) {
+void SdlAudioOutput::setSource(double sampleRate, Source source) {
     m_sampleRate = sampleRate;
     m_source = std::move(source);
 }
 
-bool SdlAudioOutput::Device::isRunning() const {
+bool SdlAudioOutput::isRunning() const {
     const Lock lock(m_mutex);
     return m_state == State::playing || isRecovering();
 }
 
-void SdlAudioOutput::Device::start() {
+void SdlAudioOutput::start() {
     Lock lock(m_mutex);
     if (m_state == State::paused && !hasDisconnected())
         return play();
@@ -190,21 +189,21 @@ void SdlAudioOutput::Device::start() {
         throw std::runtime_error(m_failure);
 }
 
-void SdlAudioOutput::Device::stop() {
+void SdlAudioOutput::stop() {
     const Lock lock(m_mutex);
     if (m_id != 0)
         SDL_PauseAudioDevice(m_id, 1);
     enter(m_id != 0 ? State::paused : State::closed);
 }
 
-bool SdlAudioOutput::Device::end() {
+bool SdlAudioOutput::end() {
     stop();
     Lock lock(m_mutex);
     enter(State::ending);
     return m_changed.wait_for(lock, answerLimit, [this] { return m_state == State::ended; });
 }
 
-void SdlAudioOutput::Device::enter(State state) {
+void SdlAudioOutput::enter(State state) {
     m_state = state;
     m_since = Clock::now();
     m_due = m_since;
@@ -215,22 +214,22 @@ void SdlAudioOutput::Device::enter(State state) {
     m_changed.notify_all();
 }
 
-void SdlAudioOutput::Device::play() {
+void SdlAudioOutput::play() {
     m_hasPulled = true;
     SDL_PauseAudioDevice(m_id, 0);
     enter(State::playing);
 }
 
-bool SdlAudioOutput::Device::isRecovering() const {
+bool SdlAudioOutput::isRecovering() const {
     // Timed here, too, because the worker may hang with the sound system.
     return m_state == State::recovering && Clock::now() < m_since + recoveryLimit;
 }
 
-bool SdlAudioOutput::Device::hasDisconnected() const {
+bool SdlAudioOutput::hasDisconnected() const {
     return SDL_GetAudioDeviceStatus(m_id) == SDL_AUDIO_STOPPED;
 }
 
-void SdlAudioOutput::Device::work() {
+void SdlAudioOutput::work() {
     const double defaultRate = defaultDeviceRate();
     Lock lock(m_mutex);
     m_defaultRate = defaultRate;
@@ -248,7 +247,7 @@ void SdlAudioOutput::Device::work() {
     m_changed.notify_all();
 }
 
-void SdlAudioOutput::Device::act(Lock& lock) {
+void SdlAudioOutput::act(Lock& lock) {
     switch (m_state) {
     case State::opening:
     case State::recovering:
@@ -273,7 +272,7 @@ void SdlAudioOutput::Device::act(Lock& lock) {
     }
 }
 
-void SdlAudioOutput::Device::open(Lock& lock) {
+void SdlAudioOutput::open(Lock& lock) {
     const Clock::time_point since = m_since;
     const bool isSameSystem = isRecovering() && Clock::now() < since + sameSystemLimit;
     const std::string driver = isSameSystem ? m_driver : "";
@@ -301,7 +300,7 @@ void SdlAudioOutput::Device::open(Lock& lock) {
     }
 }
 
-void SdlAudioOutput::Device::close(Lock& lock) {
+void SdlAudioOutput::close(Lock& lock) {
     const SDL_AudioDeviceID id = std::exchange(m_id, 0);
     // A lost device goes on pulling until it is closed.
     if (id != 0)
@@ -314,7 +313,7 @@ void SdlAudioOutput::Device::close(Lock& lock) {
     lock.lock();
 }
 
-SDL_AudioDeviceID SdlAudioOutput::Device::openDevice(const std::string& driver) {
+SDL_AudioDeviceID SdlAudioOutput::openDevice(const std::string& driver) {
     initAudio(driver);
     const auto rate = static_cast<unsigned>(std::lround(m_sampleRate));
     SDL_AudioSpec want{};
@@ -333,14 +332,14 @@ SDL_AudioDeviceID SdlAudioOutput::Device::openDevice(const std::string& driver) 
     return id;
 }
 
-bool SdlAudioOutput::Device::isLost() {
+bool SdlAudioOutput::isLost() {
     // Counted, not timed: the whole program may have been stopped for a while.
     m_looksWithoutBlock = m_hasPulled.exchange(false) ? 0 : m_looksWithoutBlock + 1;
     return hasDisconnected() || m_looksWithoutBlock >= lostAfterLooks;
 }
 
-void SdlAudioOutput::Device::fill(void* device, Uint8* stream, int bytes) {
-    auto& self = *static_cast<Device*>(device);
+void SdlAudioOutput::fill(void* output, Uint8* stream, int bytes) {
+    auto& self = *static_cast<SdlAudioOutput*>(output);
     const std::span both(reinterpret_cast<float*>(stream),
                          static_cast<std::size_t>(bytes) / sizeof(float));
     const std::size_t frames = both.size() / channelCount;
@@ -351,36 +350,19 @@ void SdlAudioOutput::Device::fill(void* device, Uint8* stream, int bytes) {
     self.m_hasPulled = true;
 }
 
-SdlAudioOutput::SdlAudioOutput()
-    : m_device(std::make_shared<Device>()), m_worker([device = m_device] { device->work(); }) {}
+} // namespace
 
-SdlAudioOutput::~SdlAudioOutput() {
-    if (m_device->end()) {
-        m_worker.join();
-    } else {
-        // The sound system hangs; the end of the process must not wait for it.
-        m_worker.detach();
-    }
-}
-
-double SdlAudioOutput::sampleRate() {
-    return m_device->sampleRate();
-}
-
-void SdlAudioOutput::setSource(double sampleRate, Source source) {
-    m_device->setSource(sampleRate, std::move(source));
-}
-
-bool SdlAudioOutput::isRunning() const {
-    return m_device->isRunning();
-}
-
-void SdlAudioOutput::start() {
-    m_device->start();
-}
-
-void SdlAudioOutput::stop() {
-    m_device->stop();
+std::shared_ptr<AudioOutput> sdlAudioOutput() {
+    const auto output = std::make_shared<SdlAudioOutput>();
+    const auto worker = std::make_shared<std::thread>([output] { output->work(); });
+    return {output.get(), [output, worker](AudioOutput*) {
+                if (output->end()) {
+                    worker->join();
+                } else {
+                    // The sound system hangs; the end of the process must not wait for it.
+                    worker->detach();
+                }
+            }};
 }
 
 } // namespace mossbit

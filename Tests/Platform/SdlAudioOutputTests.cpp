@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <optional>
+#include <memory>
 
 namespace mossbit {
 namespace {
@@ -26,7 +26,7 @@ TEST(SdlAudioOutput, PlaysEverySampleOnBothSides) {
     const ScratchFolder folder;
     useDisk(folder / "sound.raw");
     CountingSource sound;
-    std::optional<SdlAudioOutput> output(std::in_place);
+    auto output = sdlAudioOutput();
     output->setSource(44100, sound.source());
     for (int i = 0; i < 2; ++i) {
         output->start();
@@ -46,9 +46,9 @@ TEST(SdlAudioOutput, PullsBlocksOfAboutTheSameTimeAtEveryRate) {
     useDisk(folder / "sound.raw");
     for (const double rate : {22050, 44100, 48000, 96000, 192000}) {
         std::atomic<std::size_t> frames = 0;
-        SdlAudioOutput output;
-        output.setSource(rate, [&](std::span<float> into) { frames = into.size(); });
-        output.start();
+        const std::shared_ptr<AudioOutput> output = sdlAudioOutput();
+        output->setSource(rate, [&](std::span<float> into) { frames = into.size(); });
+        output->start();
         EXPECT_TRUE(waitUntil([&] { return frames > 0; }));
         EXPECT_NEAR(static_cast<double>(frames) / rate, 0.022, 0.002) << rate;
     }
@@ -58,14 +58,14 @@ TEST(SdlAudioOutput, TellsWhyItDoesNotStartAndDoesOnceADeviceIsThere) {
     const ScratchFolder folder;
     useSoundSystem("bogus");
     CountingSource sound;
-    SdlAudioOutput output;
-    EXPECT_EQ(output.sampleRate(), 0);
-    output.setSource(44100, sound.source());
-    EXPECT_EQ(startFailure(output), "Audio target 'bogus' not available");
-    EXPECT_FALSE(output.isRunning());
+    const std::shared_ptr<AudioOutput> output = sdlAudioOutput();
+    EXPECT_EQ(output->sampleRate(), 0);
+    output->setSource(44100, sound.source());
+    EXPECT_EQ(startFailure(*output), "Audio target 'bogus' not available");
+    EXPECT_FALSE(output->isRunning());
     useDisk(folder / "sound.raw");
-    EXPECT_EQ(startFailure(output), "");
-    EXPECT_TRUE(output.isRunning());
+    EXPECT_EQ(startFailure(*output), "");
+    EXPECT_TRUE(output->isRunning());
 }
 
 } // namespace

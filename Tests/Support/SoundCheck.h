@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/SdlAudioOutput.h"
+#include "Platform/AudioOutput.h"
 #include "Tests/Support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +41,7 @@ private:
 };
 
 /// Why the output did not start, or nothing.
-inline std::string startFailure(SdlAudioOutput& output) {
+inline std::string startFailure(AudioOutput& output) {
     try {
         output.start();
         return "";
