@@ -38,9 +38,4 @@ inline std::filesystem::path handedOverPath(const std::filesystem::path& path) {
     return file.empty() ? file : std::filesystem::absolute(file, error);
 }
 
-/// The same of what the system hands over as text.
-inline std::filesystem::path handedOverPath(const QString& text) {
-    return handedOverPath(toPath(text));
-}
-
 } // namespace mossbit

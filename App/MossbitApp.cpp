@@ -56,12 +56,15 @@ void MossbitApp::followTheSystem() {
         // sound server that hangs would be waited for.
         std::_Exit(EXIT_SUCCESS);
     });
-    QObject::connect(&m_bus, &SessionBus::requested, &m_delegate, [this](const QStringList& uris) {
-        if (!uris.isEmpty())
-            m_delegate.open(handedOverPath(uris.first()));
-        else if (m_window)
-            m_window->bringToFront();
-    });
+    QObject::connect(
+        &m_bus, &SessionBus::requested, &m_delegate,
+        [this](const QStringList& uris) {
+            if (!uris.isEmpty())
+                m_delegate.open(handedOverPath(toPath(uris.first())));
+            else if (m_window)
+                m_window->bringToFront();
+        },
+        Qt::QueuedConnection);
 }
 
 void MossbitApp::terminate() {
@@ -89,7 +92,7 @@ void MossbitApp::showWindow() {
     // The connection is queued, because a prompt must not keep the drop's sender waiting.
     QObject::connect(
         m_window.get(), &DocumentWindow::fileDropped, &m_delegate,
-        [this](const QString& address) { m_delegate.open(handedOverPath(address)); },
+        [this](const QString& address) { m_delegate.open(handedOverPath(toPath(address))); },
         Qt::QueuedConnection);
     m_delegate.applicationDidFinishLaunching();
     // Once the loop runs, the window has appeared and may show a message.

@@ -1,12 +1,10 @@
 #include "App/SessionBus.h"
 
-#include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QGuiApplication>
-#include <QVariantMap>
 
 #include <chrono>
 
@@ -39,58 +37,40 @@ const QString tokenKey = QStringLiteral("activation-token");
 /// The same for desktops that know nothing but start-up notification.
 const QString startupIdKey = QStringLiteral("desktop-startup-id");
 
-/// Passes each request on and replies at once: what it leads to may ask the user something.
-class Adaptor : public QDBusAbstractAdaptor {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
-
-public:
-    explicit Adaptor(SessionBus& bus) : QDBusAbstractAdaptor(&bus), m_bus(bus) {}
-
-public Q_SLOTS:
-    // NOLINTBEGIN(readability-identifier-naming): the interface's names.
-    void Activate(const QVariantMap& platformData, const QDBusMessage& call) {
-        Open({}, platformData, call);
-    }
-
-    void Open(const QStringList& uris, const QVariantMap& platformData, const QDBusMessage& call) {
-        // This process did not run for a while: the sender opens the file itself, or already has.
-        const QVariant deadline = platformData.value(deadlineKey);
-        if (deadline.isValid() && deadline.toLongLong() < now()) {
-            call.setDelayedReply(true);
-            QDBusConnection::sessionBus().send(
-                call.createErrorReply(QDBusError::TimedOut, QStringLiteral("Too late")));
-            return;
-        }
-        const QString token =
-            platformData.value(tokenKey, platformData.value(startupIdKey)).toString();
-        // Not elsewhere, because other threads may be reading the environment.
-        if (!token.isEmpty() && QGuiApplication::platformName() == QLatin1String("wayland"))
-            qputenv(tokenVariable, token.toUtf8());
-        QMetaObject::invokeMethod(
-            &m_bus, [this, uris] { Q_EMIT m_bus.requested(uris); }, Qt::QueuedConnection);
-    }
-
-    /// The application has no actions of its own; like any request, it brings the window up.
-    void ActivateAction(const QString&, const QVariantList&, const QVariantMap& platformData,
-                        const QDBusMessage& call) {
-        Open({}, platformData, call);
-    }
-    // NOLINTEND(readability-identifier-naming)
-
-private:
-    SessionBus& m_bus;
-};
-
 } // namespace
+
+void SessionBus::Activate(const QVariantMap& platformData, const QDBusMessage& call) {
+    Open({}, platformData, call);
+}
+
+void SessionBus::Open(const QStringList& uris, const QVariantMap& platformData,
+                      const QDBusMessage& call) {
+    // This process did not run for a while: the sender opens the file itself, or already has.
+    const QVariant deadline = platformData.value(deadlineKey);
+    if (deadline.isValid() && deadline.toLongLong() < now()) {
+        call.setDelayedReply(true);
+        QDBusConnection::sessionBus().send(
+            call.createErrorReply(QDBusError::TimedOut, QStringLiteral("Too late")));
+        return;
+    }
+    const QString token = platformData.value(tokenKey, platformData.value(startupIdKey)).toString();
+    // Not elsewhere, because other threads may be reading the environment.
+    if (!token.isEmpty() && QGuiApplication::platformName() == QLatin1String("wayland"))
+        qputenv(tokenVariable, token.toUtf8());
+    Q_EMIT requested(uris);
+}
+
+void SessionBus::ActivateAction(const QString&, const QVariantList&,
+                                const QVariantMap& platformData, const QDBusMessage& call) {
+    Open({}, platformData, call);
+}
 
 SessionBus::Role SessionBus::join(const QString& file) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Role::alone;
     // The object is there before the name, because whoever finds the name may call at once.
-    new Adaptor(*this);
-    bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
+    bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots);
     if (bus.registerService(busName))
         return Role::first;
     if (handOver(file))
@@ -123,5 +103,3 @@ void SessionBus::leave() {
 }
 
 } // namespace mossbit
-
-#include "SessionBus.moc"

@@ -3,6 +3,9 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
+
+class QDBusMessage;
 
 namespace mossbit {
 
@@ -10,6 +13,7 @@ namespace mossbit {
 /// `org.freedesktop.Application` there, later ones hand over to it.
 class SessionBus : public QObject {
     Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
     enum class Role {
@@ -30,8 +34,17 @@ public:
 
 Q_SIGNALS:
     /// Another start or the desktop wants the window in front, and a file opened unless `uris` is
-    /// empty.
+    /// empty. What that leads to may ask the user something; the reply is not to wait for it.
     void requested(const QStringList& uris);
+
+public Q_SLOTS:
+    // Called over the bus. NOLINTBEGIN(readability-identifier-naming): the interface's names.
+    void Activate(const QVariantMap& platformData, const QDBusMessage& call);
+    void Open(const QStringList& uris, const QVariantMap& platformData, const QDBusMessage& call);
+    /// The application has no actions of its own; like any request, it brings the window up.
+    void ActivateAction(const QString& name, const QVariantList& parameters,
+                        const QVariantMap& platformData, const QDBusMessage& call);
+    // NOLINTEND(readability-identifier-naming)
 
 private:
     bool handOver(const QString& file) const;
