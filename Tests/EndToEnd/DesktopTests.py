@@ -230,7 +230,7 @@ class Window(Desktop):
     def draw(self):
         """Presses where the note starts, and moves to its end in a few steps."""
         moves = [f"mousemove --window %1 {x} 330" for x in range(133, 198, 16)]
-        self.xdotool(" ".join(["getactivewindow", moves[0], "mousedown 1", *moves[1:], "mouseup 1"]))
+        self.xdotool(" ".join(["getactivewindow", moves[0], "mousedown 1", *moves, "mouseup 1"]))
         self.await_title("Untitled •")
 
     def key(self, keys):

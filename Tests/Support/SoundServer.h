@@ -5,11 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QProcess>
 
 #include <csignal>
 #include <cstdlib>
-#include <string>
+#include <filesystem>
 #include <vector>
 
 namespace mossbit {
@@ -19,27 +20,25 @@ namespace mossbit {
 class SoundServer {
 public:
     SoundServer() {
-        setenv("PULSE_SERVER", ("unix:" + socket()).c_str(), 1);
+        qputenv("PULSE_SERVER", "unix:" + m_socket.toUtf8());
         for (const char* variable : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"})
             setenv(variable, m_home.path().c_str(), 1);
         for (const char* variable : {"PULSE_RUNTIME_PATH", "PULSE_STATE_PATH", "PULSE_CONFIG_PATH",
                                      "DBUS_SESSION_BUS_ADDRESS"})
             unsetenv(variable);
         setenv("SDL_AUDIODRIVER", "pulseaudio", 1);
-        m_recorder.setStandardOutputFile(QString::fromStdString(recordingFile()));
+        m_recorder.setStandardOutputFile(QString::fromStdString(m_recording));
     }
 
     ~SoundServer() { kill(); }
 
     /// False if the server or its recorder does not come up.
     bool start() {
-        std::filesystem::remove(socket());
+        QFile::remove(m_socket);
         m_server.start("pulseaudio",
                        {"-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
                         "--realtime=yes", "--high-priority=yes", "--log-target=null", "-L",
-                        QString::fromStdString("module-native-protocol-unix auth-anonymous=1 "
-                                               "socket=" +
-                                               socket())});
+                        "module-native-protocol-unix auth-anonymous=1 socket=" + m_socket});
         return waitUntil([] { return pactl({"info"}); }) && addDevice();
     }
 
@@ -72,12 +71,9 @@ public:
         return waitUntil([&] { return !recording().empty(); });
     }
 
-    std::vector<float> recording() const { return readRecording(recordingFile()); }
+    std::vector<float> recording() const { return readRecording(m_recording); }
 
 private:
-    std::string socket() const { return m_home / "native"; }
-    std::string recordingFile() const { return m_home / "recording.raw"; }
-
     static bool pactl(const QStringList& command) {
         QProcess process;
         process.start("pactl", command);
@@ -93,10 +89,12 @@ private:
     bool record() {
         m_recorder.start("parec", {"-d", "out.monitor", "--rate=48000", "--format=float32le",
                                    "--channels=2", "--latency-msec=20", "--raw"});
-        return waitUntil([&] { return !bytesOf(recordingFile()).empty(); });
+        return waitUntil([&] { return !bytesOf(m_recording).empty(); });
     }
 
     const ScratchFolder m_home;
+    const QString m_socket = QString::fromStdString(m_home / "native");
+    const std::filesystem::path m_recording = m_home / "recording.raw";
     QProcess m_server;
     QProcess m_recorder;
 };
