@@ -110,13 +110,14 @@ TEST_F(MenuBar, ListsEveryCommandWithItsKeys) {
         list += menu->text() + ':';
         for (const QAction* action : menu->menu()->actions())
             list += (action->isSeparator() ? " | " : " " + action->text() + ' ') +
-                    QKeySequence::listToString(action->shortcuts()).replace("; ", "/");
+                    QKeySequence::listToString(action->shortcuts()).replace("; ", "/") +
+                    (action->autoRepeat() ? " repeated" : "");
         list += '\n';
     }
     EXPECT_EQ(list.simplified().replace(" &", "\n&").toStdString(),
               "&File: New Ctrl+N Open… Ctrl+O | Save Ctrl+S Save As… Ctrl+Shift+S | "
               "Export WAV… Ctrl+E | Close Ctrl+W Quit Ctrl+Q\n"
-              "&Edit: Undo Ctrl+Z Redo Ctrl+Shift+Z | Delete Note Backspace/Del "
+              "&Edit: Undo Ctrl+Z repeated Redo Ctrl+Shift+Z repeated | Delete Note Backspace/Del "
               "Select All Notes Ctrl+A\n"
               "&Playback: Play Space Toggle Loop Ctrl+L | Select PULSE 1 Ctrl+1 "
               "Select PULSE 2 Ctrl+2 Select WAVE Ctrl+3 Select NOISE Ctrl+4\n"
@@ -166,6 +167,7 @@ TEST_F(MenuBar, LeavesTheKeysOfTextToTheTempoField) {
 
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     EXPECT_TRUE(model->isPlaying());
+    EXPECT_TRUE(item("Stop").isEnabled());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
     EXPECT_FALSE(model->project().hasNotes());
 }
