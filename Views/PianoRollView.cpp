@@ -297,8 +297,8 @@ void PianoRollView::paintEvent(QPaintEvent* event) {
         const QRect exposed =
             pixels.transform().mapRect(QRectF(rect.translated(offset()))).toAlignedRect();
         painter.setClipRect(exposed);
-        PianoRollPainter(pixels, m_grid, exposed)
-            .paint(m_vm.project(), m_vm.selectedChannelIndex(), m_vm.selection(), m_vm.playhead());
+        paintPianoRoll(pixels, m_grid, exposed, m_vm.project(), m_vm.selectedChannelIndex(),
+                       m_vm.selection(), m_vm.playhead());
     }
 }
 

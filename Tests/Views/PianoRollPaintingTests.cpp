@@ -134,7 +134,7 @@ TEST(PianoRollPainting, KeepsThePlayheadWithinTheGrid) {
         QImage image(700, 300, QImage::Format_RGB32);
         QPainter painter(&image);
         PixelPainter pixels(painter);
-        PianoRollPainter(pixels, grid, image.rect()).paint(project, 0, {}, playhead);
+        paintPianoRoll(pixels, grid, image.rect(), project, 0, {}, playhead);
         return image;
     };
     EXPECT_EQ(shown(grid.totalTicks), shown(-1));
