@@ -17,8 +17,11 @@ constexpr int textSize = 10;
 
 } // namespace
 
-PixelButton::PixelButton(const Look& look, QWidget* parent)
+PixelButton::PixelButton(const Look& look, const QString& name, const QString& toolTip,
+                         QWidget* parent)
     : QAbstractButton(parent), m_look(look) {
+    setAccessibleName(name);
+    setToolTip(toolTip);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(look.kind == Kind::choice ? Qt::NoFocus : Qt::TabFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

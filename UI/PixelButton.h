@@ -28,7 +28,8 @@ public:
         QColor idleColor = Palette::text;
     };
 
-    explicit PixelButton(const Look& look, QWidget* parent = nullptr);
+    /// `name` is what assistive tools call it.
+    PixelButton(const Look& look, const QString& name, const QString& toolTip, QWidget* parent);
 
     /// Another accent, for a control that serves several channels.
     void setAccent(const QColor& accent);

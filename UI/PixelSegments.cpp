@@ -32,9 +32,8 @@ PixelButton& PixelSegmentRow::add(const QString& label) {
                                  .accent = m_accent,
                                  .padding = padding,
                                  .idleColor = Palette::textDim},
-                                this);
+                                accessibleName() + QLatin1Char(' ') + label, {}, this);
     segment->setText(label);
-    segment->setAccessibleName(accessibleName() + QLatin1Char(' ') + label);
     segment->setGeometry(
         QRect(QPoint(m_segments.empty() ? 0 : width() - overlap, 0), segment->sizeHint()));
     setFixedSize(segment->geometry().bottomRight().x() + 1, segment->height());

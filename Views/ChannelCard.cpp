@@ -25,7 +25,7 @@ constexpr int mutePadding = 4;
 
 class MuteButton : public PixelButton {
 public:
-    explicit MuteButton(QWidget* parent) : PixelButton({.kind = Kind::toggle}, parent) {}
+    using PixelButton::PixelButton;
 
     QSize sizeHint() const override {
         return PixelIcon{PixelGlyph::speaker}.extent().toSize() +
@@ -46,21 +46,21 @@ public:
 } // namespace
 
 ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
-    : PixelButton({.kind = Kind::choice}, parent),
+    : PixelButton({.kind = Kind::choice}, title(allChannelKinds[static_cast<std::size_t>(index)]),
+                  {}, parent),
       m_vm(vm),
       m_index(index),
       m_kind(channel().kind),
-      m_mute(new MuteButton(this)),
+      m_mute(new MuteButton({.kind = Kind::toggle}, accessibleName() + QStringLiteral(" mute"),
+                            tr("Mute"), this)),
       m_volume(new VolumeBar(Palette::accent(m_kind), static_cast<int>(highestVolume), this)) {
-    const QString name = title(m_kind);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    setAccessibleName(name);
     const QKeySequence shortcut(QKeyCombination(Qt::CTRL, static_cast<Qt::Key>(Qt::Key_1 + index)));
-    m_toolTip = tr("Select %1 (%2)").arg(name, shortcut.toString(QKeySequence::NativeText));
+    m_toolTip =
+        tr("Select %1 (%2)").arg(accessibleName(), shortcut.toString(QKeySequence::NativeText));
     setToolTip(m_toolTip);
     m_volume->setToolTip(tr("Volume"));
-    m_mute->setAccessibleName(name + QStringLiteral(" mute"));
-    m_volume->setAccessibleName(name + QStringLiteral(" volume"));
+    m_volume->setAccessibleName(accessibleName() + QStringLiteral(" volume"));
     connect(this, &QAbstractButton::toggled, this, [this](bool on) {
         setToolTip(on ? QString() : m_toolTip);
         if (on)
@@ -78,7 +78,6 @@ ChannelCard::ChannelCard(ProjectViewModel& vm, int index, QWidget* parent)
     });
     connect(&vm, &ProjectViewModel::projectChanged, this, &ChannelCard::showProject);
     connect(&vm, &ProjectViewModel::selectedChannelIndexChanged, this, &ChannelCard::showProject);
-    m_mute->setToolTip(tr("Mute"));
     showVolume();
     showProject();
 }

@@ -11,9 +11,15 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace mossbit {
 
 namespace {
+
+constexpr double lowestZoom = 0.6;
+constexpr double highestZoom = 4.0;
+constexpr double zoomStep = 0.25;
 
 /// Lies over the piano roll and lets every press through.
 class Hint : public QWidget {
@@ -42,18 +48,17 @@ protected:
 
 } // namespace
 
-MainView::MainView(ProjectViewModel& vm, QWidget* parent)
-    : QWidget(parent),
-      m_vm(vm),
-      m_transport(new TransportView(vm, m_zoom, this)),
-      m_pianoRoll(new PianoRollView(vm, this)),
-      m_hint(new Hint(this)) {
+MainView::MainView(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
     setMinimumSize(minimumExtent);
+    // In reading order, which Tab and assistive tools follow.
+    auto* transport = new TransportView(vm, this);
+    m_pianoRoll = new PianoRollView(vm, this);
+    m_hint = new Hint(this);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_transport);
+    column->addWidget(transport);
     column->addWidget(new PixelRule(0, 1, this));
     column->addWidget(m_pianoRoll, 1);
     auto* lowerRule = new PixelRule(0, 1, this);
@@ -63,9 +68,15 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
     m_hint->raise();
     m_pianoRoll->setFocus();
 
-    connect(m_transport, &TransportView::zoomRequested, this, &MainView::setZoom);
-    connect(m_transport, &TransportView::keyboardReleased, this,
-            [this] { m_pianoRoll->setFocus(Qt::OtherFocusReason); });
+    connect(transport, &TransportView::zoomOutRequested, this,
+            [this] { setZoom(std::max(m_zoom - zoomStep, lowestZoom)); });
+    connect(transport, &TransportView::zoomInRequested, this,
+            [this] { setZoom(std::min(m_zoom + zoomStep, highestZoom)); });
+    // A text field that closes gives the keyboard away.
+    connect(&vm, &ProjectViewModel::isEditingTextChanged, this, [this] {
+        if (!window()->focusWidget())
+            m_pianoRoll->setFocus(Qt::OtherFocusReason);
+    });
     connect(&vm, &ProjectViewModel::projectChanged, this, &MainView::showHint);
     // Queued: the command that failed has to end before a dialog takes over.
     connect(&vm, &ProjectViewModel::alertMessageChanged, this, &MainView::presentAlert,
@@ -77,7 +88,6 @@ MainView::MainView(ProjectViewModel& vm, QWidget* parent)
 
 void MainView::setZoom(double zoom) {
     m_zoom = zoom;
-    m_transport->setZoom(zoom);
     m_pianoRoll->setZoom(zoom);
 }
 

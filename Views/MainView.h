@@ -10,7 +10,6 @@ class QMessageBox;
 namespace mossbit {
 
 class PianoRollView;
-class TransportView;
 
 /// The content of the window.
 class MainView : public QWidget {
@@ -42,9 +41,8 @@ private:
 
     ProjectViewModel& m_vm;
     double m_zoom = 1;
-    TransportView* m_transport;
-    PianoRollView* m_pianoRoll;
-    QWidget* m_hint;
+    PianoRollView* m_pianoRoll = nullptr;
+    QWidget* m_hint = nullptr;
     QPointer<QMessageBox> m_alert;
 };
 

@@ -85,19 +85,12 @@ protected:
     }
 };
 
-PixelButton* makeStepButton(const PixelGlyph::Rows& icon, const QString& name, QWidget* parent) {
-    auto* button = new PixelButton({.icon = &icon}, parent);
-    button->setAccessibleName(name);
-    button->setToolTip(name);
-    return button;
-}
-
 } // namespace
 
 /// The tempo, which a click lets type.
 class TempoNumber : public PixelButton {
 public:
-    explicit TempoNumber(QWidget* parent) : PixelButton({}, parent) {}
+    using PixelButton::PixelButton;
 
     std::int64_t tempo() const { return m_tempo; }
 
@@ -121,11 +114,12 @@ private:
 TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
     // In reading order, which Tab and assistive tools follow.
     auto* caption = new PixelCaption(tr("BPM"), pixelLabel(10, Palette::textDim), this);
-    auto* slower = makeStepButton(PixelGlyph::minus, tr("Decrease tempo"), this);
-    m_number = new TempoNumber(this);
+    auto* slower = new PixelButton({.icon = &PixelGlyph::minus}, tr("Decrease tempo"),
+                                   tr("Decrease tempo"), this);
+    m_number = new TempoNumber({}, {}, tr("Click to type a tempo (40–300)"), this);
     m_field = new TempoField(this);
-    auto* faster = makeStepButton(PixelGlyph::plus, tr("Increase tempo"), this);
-    m_number->setToolTip(tr("Click to type a tempo (40–300)"));
+    auto* faster = new PixelButton({.icon = &PixelGlyph::plus}, tr("Increase tempo"),
+                                   tr("Increase tempo"), this);
     m_number->setCursor(Qt::IBeamCursor);
     m_field->hide();
 
@@ -157,7 +151,7 @@ void TempoControl::showProject() {
         return;
     m_number->setTempo(tempo);
     // What nobody has typed must not be committed over the new tempo.
-    if (m_editingTempo && !m_field->isModified())
+    if (isEditing() && !m_field->isModified())
         fillField();
 }
 
@@ -167,20 +161,22 @@ void TempoControl::fillField() {
 }
 
 void TempoControl::beginEditing() {
-    if (m_editingTempo)
+    if (isEditing())
         return;
     fillField();
     m_openedByKeyboard = m_number->hasFocus();
     m_field->show();
     m_field->setFocus(Qt::OtherFocusReason);
     m_number->hide();
-    // Only now: the change of focus on the way here must not commit.
-    m_editingTempo = true;
     m_vm.setEditingText(true);
 }
 
+bool TempoControl::isEditing() const {
+    return !m_field->isHidden();
+}
+
 void TempoControl::commitTempo() {
-    if (!m_editingTempo)
+    if (!isEditing())
         return;
     if (const auto tempo = parseTempo(m_field->text()))
         m_vm.setTempo(*tempo);
@@ -204,20 +200,16 @@ void TempoControl::keyPressEvent(QKeyEvent* event) {
 }
 
 void TempoControl::close() {
-    if (!m_editingTempo)
+    if (!isEditing())
         return;
-    // First: giving the focus away below must not commit once more.
-    m_editingTempo = false;
     // Not `hasFocus`: the window may be inactive, behind a dialog.
     const bool hadFocus = window()->focusWidget() == m_field;
     m_field->clearFocus();
     m_field->hide();
     m_number->show();
-    m_vm.setEditingText(false);
     if (hadFocus && m_openedByKeyboard)
         m_number->setFocus(Qt::TabFocusReason);
-    else if (hadFocus)
-        Q_EMIT keyboardReleased();
+    m_vm.setEditingText(false);
 }
 
 } // namespace mossbit

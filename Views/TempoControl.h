@@ -19,23 +19,19 @@ public:
     explicit TempoControl(ProjectViewModel& vm, QWidget* parent = nullptr);
     ~TempoControl() override;
 
-Q_SIGNALS:
-    /// The field has closed, and nothing here wants the keyboard focus.
-    void keyboardReleased();
-
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void showProject();
     void fillField();
+    bool isEditing() const;
     void beginEditing();
     void commitTempo();
     void followFocus(const QWidget* widget);
     void close();
 
     ProjectViewModel& m_vm;
-    bool m_editingTempo = false;
     bool m_openedByKeyboard = false;
     TempoNumber* m_number = nullptr;
     QLineEdit* m_field = nullptr;

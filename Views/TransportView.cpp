@@ -9,8 +9,6 @@
 
 #include <QKeySequence>
 
-#include <algorithm>
-
 namespace mossbit {
 
 namespace {
@@ -28,14 +26,6 @@ PixelCaption* makeCaption(const QString& text, QWidget* parent) {
     return new PixelCaption(text, pixelLabel(10, Palette::textDim), parent);
 }
 
-PixelButton* makeButton(const PixelButton::Look& look, const QString& name, const QString& toolTip,
-                        QWidget* parent) {
-    auto* button = new PixelButton(look, parent);
-    button->setAccessibleName(name);
-    button->setToolTip(toolTip);
-    return button;
-}
-
 /// Shows whether the song is played. A click always starts anew; what assistive tools do to a
 /// checkable button, which is to toggle it, starts and stops.
 class PlayButton : public PixelButton {
@@ -48,8 +38,7 @@ protected:
 
 } // namespace
 
-TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
-    : QWidget(parent), m_vm(vm), m_zoom(zoom) {
+TransportView::TransportView(ProjectViewModel& vm, QWidget* parent) : QWidget(parent), m_vm(vm) {
     setAccessibleName(tr("Transport"));
     setAutoFillBackground(true);
     setFixedHeight(barHeight);
@@ -71,7 +60,7 @@ TransportView::TransportView(ProjectViewModel& vm, double zoom, QWidget* parent)
     addGap();
     row->addLayout(makePlayback());
     addDivider();
-    row->addWidget(makeTempo());
+    row->addWidget(new TempoControl(vm, this));
     addDivider();
     row->addWidget(makeLoop());
     addDivider();
@@ -95,9 +84,7 @@ QLayout* TransportView::makePlayback() {
                              .accent = Palette::accent(ChannelKind::pulse1),
                              .padding = 10,
                              .icon = &PixelGlyph::play},
-                            this);
-    m_play->setAccessibleName(tr("Play"));
-    m_play->setToolTip(tr("Play (Space)"));
+                            tr("Play"), tr("Play (Space)"), this);
     connect(m_play, &QAbstractButton::clicked, this, [this] { m_vm.play(); });
     connect(m_play, &QAbstractButton::toggled, this, [this](bool on) {
         if (on == m_vm.isPlaying())
@@ -106,29 +93,22 @@ QLayout* TransportView::makePlayback() {
         // Without a sound device nothing is played.
         m_play->setChecked(m_vm.isPlaying());
     });
-    auto* stop = makeButton({.padding = 10, .icon = &PixelGlyph::stop}, tr("Stop"),
-                            tr("Stop (Space)"), this);
+    auto* stop = new PixelButton({.padding = 10, .icon = &PixelGlyph::stop}, tr("Stop"),
+                                 tr("Stop (Space)"), this);
     connect(stop, &QAbstractButton::clicked, this, [this] { m_vm.stop(); });
     return new PixelRow(buttonSpacing, {m_play, stop});
 }
 
-QWidget* TransportView::makeTempo() {
-    auto* tempo = new TempoControl(m_vm, this);
-    connect(tempo, &TempoControl::keyboardReleased, this, &TransportView::keyboardReleased);
-    return tempo;
-}
-
 QWidget* TransportView::makeLoop() {
-    m_loop =
-        makeButton({.kind = PixelButton::Kind::toggle,
-                    .accent = Palette::accent(ChannelKind::wave),
-                    .padding = 8,
-                    .icon = &PixelGlyph::loop,
-                    .idleColor = Palette::textDim},
-                   tr("Loop"),
-                   tr("Loop the pattern (%1)")
-                       .arg(QKeySequence(Qt::CTRL | Qt::Key_L).toString(QKeySequence::NativeText)),
-                   this);
+    const QKeySequence shortcut(Qt::CTRL | Qt::Key_L);
+    m_loop = new PixelButton(
+        {.kind = PixelButton::Kind::toggle,
+         .accent = Palette::accent(ChannelKind::wave),
+         .padding = 8,
+         .icon = &PixelGlyph::loop,
+         .idleColor = Palette::textDim},
+        tr("Loop"), tr("Loop the pattern (%1)").arg(shortcut.toString(QKeySequence::NativeText)),
+        this);
     m_loop->setText(tr("Loop"));
     connect(m_loop, &QAbstractButton::toggled, this, [this](bool on) {
         if (on != m_vm.project().loop)
@@ -159,12 +139,10 @@ QLayout* TransportView::makeGrid() {
 
 QLayout* TransportView::makeZoom() {
     auto* caption = makeCaption(tr("Zoom"), this);
-    auto* out = makeButton({.icon = &PixelGlyph::minus}, tr("Zoom out"), tr("Zoom out"), this);
-    auto* in = makeButton({.icon = &PixelGlyph::plus}, tr("Zoom in"), tr("Zoom in"), this);
-    connect(out, &QAbstractButton::clicked, this,
-            [this] { Q_EMIT zoomRequested(std::max(m_zoom - zoomStep, lowestZoom)); });
-    connect(in, &QAbstractButton::clicked, this,
-            [this] { Q_EMIT zoomRequested(std::min(m_zoom + zoomStep, highestZoom)); });
+    auto* out = new PixelButton({.icon = &PixelGlyph::minus}, tr("Zoom out"), tr("Zoom out"), this);
+    auto* in = new PixelButton({.icon = &PixelGlyph::plus}, tr("Zoom in"), tr("Zoom in"), this);
+    connect(out, &QAbstractButton::clicked, this, &TransportView::zoomOutRequested);
+    connect(in, &QAbstractButton::clicked, this, &TransportView::zoomInRequested);
     return new PixelRow(buttonSpacing, {caption, out, in});
 }
 
