@@ -22,7 +22,7 @@ void PixelCaption::setColor(const QColor& color) {
 
 QSize PixelCaption::sizeHint() const {
     return {static_cast<int>(std::ceil(m_label.width(text()))),
-            static_cast<int>(std::ceil(QFontMetricsF(m_label.font()).height()))};
+            static_cast<int>(std::ceil(QFontMetricsF(m_label.font).height()))};
 }
 
 void PixelCaption::paintEvent(QPaintEvent*) {

@@ -2,8 +2,6 @@
 
 #include "UI/PixelIcon.h"
 
-#include <QFontMetricsF>
-
 #include <algorithm>
 #include <cmath>
 
@@ -114,17 +112,6 @@ void PixelPainter::icon(const PixelIcon& icon, const QPointF& topLeft) {
         }
 }
 
-void PixelPainter::drawBaseline(const QString& text, const QFont& font, const QColor& color,
-                                QPointF origin) {
-    const QTransform fromDevice = m_toDevice.inverted();
-    origin = fromDevice.map(QPointF(deviceX(origin.x()), deviceY(origin.y())));
-    m_painter.setWorldTransform(m_world);
-    m_painter.setFont(font);
-    m_painter.setPen(color);
-    m_painter.drawText(origin, text);
-    m_painter.setWorldTransform(m_pixels);
-}
-
 void PixelPainter::text(const QString& text, const PixelLabel& label, const QPointF& anchor,
                         Qt::AlignmentFlag alignment) {
     double left = anchor.x();
@@ -132,14 +119,12 @@ void PixelPainter::text(const QString& text, const PixelLabel& label, const QPoi
         left -= label.width(text);
     else if (alignment == Qt::AlignHCenter)
         left -= label.width(text) / 2;
-    drawBaseline(text, label.font(), label.color, {left, anchor.y() + label.capHeight() / 2});
-}
-
-void PixelPainter::centredText(const QString& text, const QFont& font, const QColor& color,
-                               const QPointF& centre) {
-    const double width = QFontMetricsF(font).horizontalAdvance(text);
-    drawBaseline(text, font, color,
-                 {centre.x() - width / 2, centre.y() + capHeight(font.pixelSize()) / 2});
+    const QPointF origin(deviceX(left), deviceY(anchor.y() + label.capHeight() / 2));
+    m_painter.setWorldTransform(m_world);
+    m_painter.setFont(label.font);
+    m_painter.setPen(label.color);
+    m_painter.drawText(m_toDevice.inverted().map(origin), text);
+    m_painter.setWorldTransform(m_pixels);
 }
 
 void PixelPainter::smoothOutline(const QRectF& rect, double growth, double width,

@@ -34,10 +34,6 @@ public:
     void text(const QString& text, const PixelLabel& label, const QPointF& anchor,
               Qt::AlignmentFlag alignment = Qt::AlignLeft);
 
-    /// Text without tracking, centred on a point.
-    void centredText(const QString& text, const QFont& font, const QColor& color,
-                     const QPointF& centre);
-
     /// An outline around `rect` with its middle `growth` points outside, antialiased.
     void smoothOutline(const QRectF& rect, double growth, double width, const QColor& color);
 
@@ -55,8 +51,6 @@ public:
     const QTransform& transform() const { return m_toDevice; }
 
 private:
-    void drawBaseline(const QString& text, const QFont& font, const QColor& color, QPointF origin);
-
     QPainter& m_painter;
     /// From points to the painter's window coordinates: its world transform before and after.
     const QTransform m_world;

@@ -32,30 +32,22 @@ QFont fixedFont(int size) {
     return font;
 }
 
-double capHeight(int size) {
-    // Of a size at which hinting no longer rounds it.
-    constexpr int large = 1000;
-    static const double share = QFontMetricsF(fixedFont(large)).capHeight() / large;
-    return share * size;
-}
-
 PixelLabel pixelLabel(int size, const QColor& color) {
-    return {.size = size, .color = color};
-}
-
-QFont PixelLabel::font() const {
-    QFont font = fixedFont(size);
-    font.setLetterSpacing(QFont::AbsoluteSpacing, tracking);
-    font.setCapitalization(QFont::AllUppercase);
-    return font;
+    PixelLabel label{.font = fixedFont(size), .color = color, .tracking = 1.2};
+    label.font.setLetterSpacing(QFont::AbsoluteSpacing, label.tracking);
+    label.font.setCapitalization(QFont::AllUppercase);
+    return label;
 }
 
 double PixelLabel::capHeight() const {
-    return mossbit::capHeight(size);
+    // Of a size at which hinting no longer rounds it.
+    constexpr int large = 1000;
+    static const double share = QFontMetricsF(fixedFont(large)).capHeight() / large;
+    return share * font.pixelSize();
 }
 
 double PixelLabel::width(const QString& text) const {
-    return text.isEmpty() ? 0 : QFontMetricsF(font()).horizontalAdvance(text) - tracking;
+    return text.isEmpty() ? 0 : QFontMetricsF(font).horizontalAdvance(text) - tracking;
 }
 
 namespace {

@@ -31,29 +31,23 @@ QColor accent(ChannelKind kind);
 /// `opacity` is 0 … 1.
 QColor withOpacity(QColor color, double opacity);
 
-/// The one text style: small bold monospaced capitals, set wide.
+/// A text style.
 struct PixelLabel {
-    /// Points.
-    int size = 10;
+    QFont font;
     QColor color;
-
     /// Points between two characters.
-    static constexpr double tracking = 1.2;
+    double tracking = 0;
 
-    QFont font() const;
     double capHeight() const;
-    /// Width of `text` in capitals, in points, without the space after its last character.
+    /// Points, without the space after the last character.
     double width(const QString& text) const;
 };
 
-/// As it is written: `pixelLabel(10, Palette::textDim)`.
+/// The usual one: small bold monospaced capitals, set wide. `size` is in points.
 PixelLabel pixelLabel(int size, const QColor& color);
 
 /// The system's fixed font, bold, `size` points large.
 QFont fixedFont(int size);
-
-/// Height of a capital letter of that font, in points.
-double capHeight(int size);
 
 /// Gives menus, scroll bars, tooltips and dialogs the same dark look on every desktop.
 void applyTheme(QApplication& application);

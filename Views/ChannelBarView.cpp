@@ -20,15 +20,13 @@ constexpr int dividerHeight = 18;
 constexpr int legendSpacing = 10;
 constexpr int cardSpacing = 1;
 
-const PixelLabel captionLabel = pixelLabel(10, Palette::textDim);
-
 } // namespace
 
 ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
     : QWidget(parent),
       m_vm(vm),
-      m_title(new PixelCaption({}, captionLabel, this)),
-      m_caption(new PixelCaption({}, captionLabel, this)) {
+      m_title(new PixelCaption({}, pixelLabel(10, Palette::textDim), this)),
+      m_caption(new PixelCaption({}, pixelLabel(10, Palette::textDim), this)) {
     setAccessibleName(tr("Selected channel"));
     setFixedHeight(inspectorHeight);
     const auto label = [](auto option) { return title(option); };
@@ -44,7 +42,7 @@ ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
     m_drums->setToolTip(tr("Drums, from the top row down"));
     auto* drums = new PixelRow(legendSpacing, {});
     for (const NoiseVoiceKind voice : allNoiseVoiceKinds)
-        drums->addWidget(new PixelCaption(title(voice), captionLabel));
+        drums->addWidget(new PixelCaption(title(voice), pixelLabel(10, Palette::textDim)));
     m_drums->setLayout(drums);
 
     auto* divider = new PixelRule(1, dividerHeight, this);

@@ -87,7 +87,7 @@ public:
     }
 
     void barNumbers() {
-        const QFont font = fixedFont(9);
+        const PixelLabel label{.font = fixedFont(9), .color = Palette::textDim};
         const QColor plate = withOpacity(Palette::well, 0.85);
         const std::int64_t rowStep = m_geometry.isNoise ? m_geometry.rowCount() : rowsPerOctave;
         const double barWidth = m_geometry.cellWidth * ticksPerBar;
@@ -103,8 +103,7 @@ public:
                 pixels.setLeft(
                     std::max(pixels.left(), m_pixels.deviceX(x) + m_pixels.thickness(1)));
                 m_pixels.fillPixels(pixels, plate);
-                m_pixels.centredText(QString::number(bar + 1), font, Palette::textDim,
-                                     {x + 7.5, middle});
+                m_pixels.text(QString::number(bar + 1), label, {x + 7.5, middle}, Qt::AlignHCenter);
             }
         }
     }
