@@ -31,11 +31,12 @@ bool KeyColumn::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto& help = *static_cast<QHelpEvent*>(event);
-    const auto cell = m_geometry.cellAt({0, static_cast<double>(help.y() + m_offset)});
-    if (cell) {
-        QRectF row = m_geometry.noteRect({.pitch = cell->pitch}).translated(0, -m_offset);
+    const QPointF place(0, help.y() + m_offset);
+    if (m_geometry.contains(place)) {
+        const std::int64_t pitch = m_geometry.cellAt(place).pitch;
+        QRectF row = m_geometry.noteRect({.pitch = pitch}).translated(0, -m_offset);
         row.setWidth(width());
-        QToolTip::showText(help.globalPos(), pitchName(cell->pitch, m_geometry.isNoise), this,
+        QToolTip::showText(help.globalPos(), pitchName(pitch, m_geometry.isNoise), this,
                            row.toAlignedRect());
     } else {
         QToolTip::hideText();

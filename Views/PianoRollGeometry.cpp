@@ -67,12 +67,9 @@ bool PianoRollGeometry::isInResizeZone(const Note& note, double x) const {
     return noteRect(note).right() - x <= std::min(widestResizeZone, resizeShare * cellWidth);
 }
 
-std::optional<PianoRollGeometry::Cell> PianoRollGeometry::cellAt(const QPointF& point) const {
-    const std::int64_t row = std::llround(std::floor(point.y() / rowHeight));
-    if (row < 0 || row >= rowCount())
-        return std::nullopt;
-    const std::int64_t tick = std::llround(std::floor(point.x() / cellWidth));
-    return Cell{.pitch = pitch(row), .tick = std::clamp<std::int64_t>(tick, 0, totalTicks - 1)};
+PianoRollGeometry::Cell PianoRollGeometry::cellAt(const QPointF& point) const {
+    return {.pitch = pitch(std::llround(std::floor(point.y() / rowHeight))),
+            .tick = std::llround(std::floor(point.x() / cellWidth))};
 }
 
 std::int64_t PianoRollGeometry::snap(std::int64_t tick) const {

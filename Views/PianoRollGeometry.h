@@ -7,7 +7,6 @@
 #include <QSizeF>
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace mossbit {
@@ -44,9 +43,8 @@ struct PianoRollGeometry {
     /// Whether a press on that note, `x` points from the left, resizes it.
     bool isInResizeZone(const Note& note, double x) const;
 
-    /// The cell at that point, the first or last tick beside the grid; nothing above or below the
-    /// rows.
-    std::optional<Cell> cellAt(const QPointF& point) const;
+    /// The cell at a point of the grid.
+    Cell cellAt(const QPointF& point) const;
 
     /// The nearest grid step, halves away from zero.
     std::int64_t snap(std::int64_t tick) const;

@@ -76,9 +76,7 @@ void PianoRollView::beginDrag(const QPointF& point) {
         return;
     }
     const auto cell = m_grid.cellAt(point);
-    if (!cell)
-        return;
-    if (const auto note = m_vm.addNote(cell->pitch, cell->tick))
+    if (const auto note = m_vm.addNote(cell.pitch, cell.tick))
         m_drag = {
             .id = note->id, .kind = ActiveDrag::Kind::resize, .origin = *note, .startPoint = point};
 }
@@ -118,16 +116,16 @@ void PianoRollView::updateCursor(const QPointF& viewportPoint) {
 
 void PianoRollView::showToolTip(const QHelpEvent& event) {
     const QPointF point = toGrid(event.pos());
-    const auto cell = m_grid.contains(point) ? m_grid.cellAt(point) : std::nullopt;
-    if (!cell) {
+    if (!m_grid.contains(point)) {
         QToolTip::hideText();
         return;
     }
+    const auto cell = m_grid.cellAt(point);
     const Note* const hit = m_grid.noteAt(point, m_vm.selectedChannel().notes);
     // Without a note the cell that a press would fill.
     const Note note = hit ? *hit
-                          : Note{.pitch = cell->pitch,
-                                 .start = cell->tick - cell->tick % m_grid.gridStep,
+                          : Note{.pitch = cell.pitch,
+                                 .start = cell.tick - cell.tick % m_grid.gridStep,
                                  .length = m_grid.gridStep};
     QStringList words = {pitchName(note.pitch, m_grid.isNoise), tickName(note.start)};
     if (hit)

@@ -41,7 +41,7 @@ public:
             selection = {m_drag->origin.id};
             return false;
         }
-        const auto cell = *grid.cellAt(point);
+        const auto cell = grid.cellAt(point);
         const std::int64_t start = cell.tick / grid.gridStep * grid.gridStep;
         m_drag->origin = {.pitch = cell.pitch,
                           .start = start,
