@@ -79,6 +79,7 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     viewport()->setMouseTracking(true);
     m_keys->setObjectName(QStringLiteral("keys"));
     m_keys->installEventFilter(this);
+    qApp->installEventFilter(this);
 
     connect(&vm, &ProjectViewModel::projectChanged, this, &PianoRollView::showProject);
     connect(&vm, &ProjectViewModel::selectedChannelIndexChanged, this, &PianoRollView::showProject);
@@ -116,33 +117,26 @@ void PianoRollView::updateGrid() {
 
 void PianoRollView::layOut() {
     const QSize visible = viewport()->size();
-    if (m_keepsCentred && !m_grid.isNoise)
-        m_place.setY(qRound(m_grid.noteRect({.pitch = firstCentredPitch}).center().y() -
-                            visible.height() / 2.0));
-    m_isLayingOut = true;
+    // Drums are not centred, and nothing is centred after them.
+    const bool keepsCentred = m_keepsCentred && !m_grid.isNoise;
+    QPoint place = m_place;
+    if (keepsCentred)
+        place.setY(qRound(m_grid.noteRect({.pitch = firstCentredPitch}).center().y() -
+                          visible.height() / 2.0));
     horizontalScrollBar()->setRange(0, scrollRange(m_grid.width(), visible.width()));
     horizontalScrollBar()->setPageStep(visible.width());
     verticalScrollBar()->setRange(0, scrollRange(m_grid.height(), visible.height()));
     verticalScrollBar()->setPageStep(visible.height());
-    scrollTo(m_place);
-    m_isLayingOut = false;
+    scrollTo(place);
+    // What has scrolled here was not the person's doing.
+    m_place = place;
+    m_keepsCentred = keepsCentred;
     const QRect pane = viewport()->geometry();
     m_keys->setGeometry(0, pane.y(), pane.x(), pane.height());
     m_focusMark->setGeometry(m_keys->geometry() | pane);
 }
 
 void PianoRollView::resizeEvent(QResizeEvent*) {
-    updateGrid();
-}
-
-void PianoRollView::showEvent(QShowEvent* event) {
-    QAbstractScrollArea::showEvent(event);
-    if (m_hasCentred || event->spontaneous())
-        return;
-    // Drums are not centred, and nothing is centred later.
-    m_hasCentred = true;
-    m_keepsCentred = m_vm.selectedChannel().kind != ChannelKind::noise;
-    qApp->installEventFilter(this);
     updateGrid();
 }
 
@@ -171,13 +165,11 @@ void PianoRollView::scrollContentsBy(int dx, int dy) {
     viewport()->scroll(dx, dy);
     if (dy != 0)
         m_keys->setOffset(verticalScrollBar()->value());
-    if (!m_isLayingOut) {
-        m_keepsCentred = false;
-        if (dx != 0)
-            m_place.setX(offset().x());
-        if (dy != 0)
-            m_place.setY(offset().y());
-    }
+    m_keepsCentred = false;
+    if (dx != 0)
+        m_place.setX(offset().x());
+    if (dy != 0)
+        m_place.setY(offset().y());
     updateCursor(viewport()->mapFromGlobal(QCursor::pos()));
 }
 
@@ -201,8 +193,10 @@ bool PianoRollView::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::ShortcutOverride:
-        m_keepsCentred = false;
-        qApp->removeEventFilter(this);
+        if (isVisible()) {
+            m_keepsCentred = false;
+            qApp->removeEventFilter(this);
+        }
         break;
     case QEvent::Wheel:
         if (watched == m_keys) {

@@ -36,7 +36,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void wheelEvent(QWheelEvent* event) override;
@@ -94,11 +93,9 @@ private:
     std::int64_t m_shownPlayhead;
     /// The place that the person has scrolled to. The view shows what is nearest to it.
     QPoint m_place;
-    bool m_isLayingOut = false;
-    bool m_hasCentred = false;
-    /// From the first appearance until the person does anything: the window manager may still be
-    /// changing the window's size.
-    bool m_keepsCentred = false;
+    /// Until the person does anything in the window: the window manager may still be changing its
+    /// size.
+    bool m_keepsCentred = true;
     std::optional<ActiveDrag> m_drag;
     /// The point that the middle button holds.
     std::optional<QPointF> m_panPoint;
