@@ -127,10 +127,4 @@ void MainView::resizeEvent(QResizeEvent*) {
     m_hint->setGeometry(hint);
 }
 
-void MainView::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    PixelPainter pixels(painter);
-    pixels.fill(rect(), Palette::background);
-}
-
 } // namespace mossbit

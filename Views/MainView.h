@@ -32,7 +32,6 @@ public:
     QSize sizeHint() const override { return preferredExtent; }
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
