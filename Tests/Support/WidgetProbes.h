@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QWidget>
 
 namespace mossbit {
@@ -39,6 +40,13 @@ inline void click(QWidget& widget, const QPointF& point, Qt::MouseButton button 
                   Qt::KeyboardModifiers modifiers = {}) {
     sendMouse(widget, QEvent::MouseButtonPress, point, button, modifiers);
     sendMouse(widget, QEvent::MouseButtonRelease, point, button, modifiers);
+}
+
+inline void turnWheel(QWidget& widget, const QPointF& point, int angle,
+                      Qt::MouseButtons buttons = {}, Qt::KeyboardModifiers modifiers = {}) {
+    QWheelEvent event(point, widget.mapToGlobal(point), {}, {0, angle}, buttons, modifiers,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
 }
 
 } // namespace mossbit
