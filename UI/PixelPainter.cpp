@@ -68,20 +68,14 @@ void PixelPainter::fill(const QRectF& rect, const QColor& color) {
 void PixelPainter::edge(const QRectF& rect, Qt::Edge edge, const QColor& color, double width) {
     const int pixels = thickness(width);
     QRect line = toDevice(rect);
-    switch (edge) {
-    case Qt::TopEdge:
+    if (edge == Qt::TopEdge)
         line.setHeight(pixels);
-        break;
-    case Qt::BottomEdge:
+    else if (edge == Qt::BottomEdge)
         line.setTop(line.bottom() + 1 - pixels);
-        break;
-    case Qt::LeftEdge:
+    else if (edge == Qt::LeftEdge)
         line.setWidth(pixels);
-        break;
-    case Qt::RightEdge:
+    else
         line.setLeft(line.right() + 1 - pixels);
-        break;
-    }
     fillPixels(line, color);
 }
 

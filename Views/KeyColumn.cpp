@@ -14,6 +14,26 @@ namespace {
 constexpr int semitoneC = 0;
 constexpr int semitoneF = 5;
 
+void paintPitchRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) {
+    constexpr double trailingPadding = 6;
+    const std::int64_t semitone = pitch % 12;
+    pixels.fill(rect, PitchRange::isBlackKey(pitch) ? Palette::well : Palette::panel);
+    pixels.edge(rect, Qt::BottomEdge,
+                semitone == semitoneC ? Palette::line : withOpacity(Palette::line, 0.35));
+    if (semitone == semitoneC || semitone == semitoneF)
+        pixels.text(QString::fromStdString(PitchRange::name(pitch)),
+                    pixelLabel(9, semitone == semitoneC ? Palette::text : Palette::textDim),
+                    {rect.right() - trailingPadding, rect.center().y()}, Qt::AlignRight);
+}
+
+void paintDrumRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) {
+    constexpr double leadingPadding = 8;
+    pixels.fill(rect, Palette::panel);
+    pixels.edge(rect, Qt::BottomEdge, Palette::line);
+    pixels.text(title(static_cast<NoiseVoiceKind>(pitch)), pixelLabel(10, Palette::text),
+                {rect.left() + leadingPadding, rect.center().y()});
+}
+
 } // namespace
 
 KeyColumn::KeyColumn(const PianoRollGeometry& geometry, QWidget* parent)
@@ -63,26 +83,6 @@ void KeyColumn::paintEvent(QPaintEvent* event) {
     }
     pixels.edge({0, 0, width, m_geometry.height()}, Qt::RightEdge, Palette::line);
     pixels.edge({0, m_geometry.height(), width, 1}, Qt::TopEdge, Palette::line);
-}
-
-void KeyColumn::paintPitchRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const {
-    constexpr double trailingPadding = 6;
-    const std::int64_t semitone = pitch % 12;
-    pixels.fill(rect, PitchRange::isBlackKey(pitch) ? Palette::well : Palette::panel);
-    pixels.edge(rect, Qt::BottomEdge,
-                semitone == semitoneC ? Palette::line : withOpacity(Palette::line, 0.35));
-    if (semitone == semitoneC || semitone == semitoneF)
-        pixels.text(QString::fromStdString(PitchRange::name(pitch)),
-                    pixelLabel(9, semitone == semitoneC ? Palette::text : Palette::textDim),
-                    {rect.right() - trailingPadding, rect.center().y()}, Qt::AlignRight);
-}
-
-void KeyColumn::paintDrumRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const {
-    constexpr double leadingPadding = 8;
-    pixels.fill(rect, Palette::panel);
-    pixels.edge(rect, Qt::BottomEdge, Palette::line);
-    pixels.text(title(static_cast<NoiseVoiceKind>(pitch)), pixelLabel(10, Palette::text),
-                {rect.left() + leadingPadding, rect.center().y()});
 }
 
 } // namespace mossbit

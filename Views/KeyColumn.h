@@ -6,8 +6,6 @@
 
 namespace mossbit {
 
-class PixelPainter;
-
 /// The names of the piano roll's rows, beside its grid.
 class KeyColumn : public QWidget {
 public:
@@ -21,9 +19,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void paintPitchRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const;
-    void paintDrumRow(PixelPainter& pixels, const QRectF& rect, std::int64_t pitch) const;
-
     const PianoRollGeometry& m_geometry;
     int m_offset = 0;
 };

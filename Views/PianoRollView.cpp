@@ -90,11 +90,7 @@ PianoRollView::PianoRollView(ProjectViewModel& vm, QWidget* parent)
     connect(&vm, &ProjectViewModel::historyTravelled, this, [this] { m_drag.reset(); });
 }
 
-PianoRollView::~PianoRollView() = default;
-
 void PianoRollView::setZoom(double zoom) {
-    if (zoom == m_zoom)
-        return;
     m_zoom = zoom;
     updateGrid();
 }
@@ -112,10 +108,6 @@ void PianoRollView::updateGrid() {
         viewport()->update();
         m_keys->update();
     }
-    layOut();
-}
-
-void PianoRollView::layOut() {
     const QSize visible = viewport()->size();
     // Drums are not centred, and nothing is centred after them.
     const bool keepsCentred = m_keepsCentred && !m_grid.isNoise;
@@ -252,7 +244,9 @@ void PianoRollView::repaintDifferences(const std::vector<Note>& before,
     const auto [lastBefore, lastAfter] =
         std::mismatch(before.rbegin(), std::make_reverse_iterator(firstBefore), after.rbegin(),
                       std::make_reverse_iterator(firstAfter));
-    const auto repaint = [this](const Note& note) { repaintNote(note); };
+    const auto repaint = [this](const Note& note) {
+        viewport()->update(paintedRect(m_grid.noteRect(note)));
+    };
     if (lastBefore.base() - firstBefore + (lastAfter.base() - firstAfter) > mostSingleRepaints) {
         viewport()->update();
         return;
@@ -277,10 +271,6 @@ QRect PianoRollView::paintedRect(const QRectF& gridRect) const {
     return gridRect.translated(-offset())
         .adjusted(-margin, -margin, margin, margin)
         .toAlignedRect();
-}
-
-void PianoRollView::repaintNote(const Note& note) {
-    viewport()->update(paintedRect(m_grid.noteRect(note)));
 }
 
 void PianoRollView::paintEvent(QPaintEvent* event) {

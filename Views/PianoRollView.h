@@ -20,7 +20,6 @@ class PianoRollView : public QAbstractScrollArea {
 
 public:
     explicit PianoRollView(ProjectViewModel& vm, QWidget* parent = nullptr);
-    ~PianoRollView() override;
 
     /// 1 shows the whole pattern, unless its ticks would get too narrow.
     void setZoom(double zoom);
@@ -68,12 +67,10 @@ private:
     // Layout.
     QSize paneSize() const;
     void updateGrid();
-    void layOut();
     void scrollTo(const QPoint& place);
     QPoint offset() const;
     /// What has to be painted again if a rectangle of the grid changes.
     QRect paintedRect(const QRectF& gridRect) const;
-    void repaintNote(const Note& note);
     void repaintDifferences(const std::vector<Note>& before, const std::vector<Note>& after);
 
     // Pointer. Points are the grid's unless they are named otherwise.

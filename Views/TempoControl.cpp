@@ -131,8 +131,7 @@ TempoControl::TempoControl(ProjectViewModel& vm, QWidget* parent) : QWidget(pare
             [this] { m_vm.setTempo(m_vm.project().tempo + 1); });
     connect(m_number, &QAbstractButton::clicked, this, &TempoControl::beginEditing);
     connect(m_field, &QLineEdit::returnPressed, this, &TempoControl::commitTempo);
-    connect(qApp, &QApplication::focusChanged, this,
-            [this](QWidget*, QWidget* now) { followFocus(now); });
+    connect(qApp, &QApplication::focusChanged, this, &TempoControl::followFocus);
     connect(&vm, &ProjectViewModel::projectChanged, this, &TempoControl::showProject);
     connect(&vm, &ProjectViewModel::typedTextNeeded, this, &TempoControl::commitTempo);
     // What was typed was meant for the song that is gone.
@@ -185,7 +184,7 @@ void TempoControl::commitTempo() {
 
 /// Commits once the focus is elsewhere in the window. An open menu, a dialog or another program has
 /// it only for a while.
-void TempoControl::followFocus(const QWidget* widget) {
+void TempoControl::followFocus(const QWidget*, const QWidget* widget) {
     if (widget && widget != m_field && widget->window() == window() &&
         !qobject_cast<const QMenuBar*>(widget))
         commitTempo();

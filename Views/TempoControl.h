@@ -28,7 +28,7 @@ private:
     bool isEditing() const;
     void beginEditing();
     void commitTempo();
-    void followFocus(const QWidget* widget);
+    void followFocus(const QWidget* before, const QWidget* widget);
     void close();
 
     ProjectViewModel& m_vm;
