@@ -47,7 +47,7 @@ struct Roll : UnseenModel {
     void paint(const QRegion& region) { view.viewport()->render(&image, {}, region, {}); }
 
     QRect strip(std::int64_t tick) const {
-        const double x = view.toViewport({view.grid().cellWidth * double(tick), 0}).x();
+        const double x = view.visibleNoteRect({.start = tick}).x();
         return QRect(int(x) - 2, 0, 6, view.viewport()->height()) & view.viewport()->rect();
     }
 };

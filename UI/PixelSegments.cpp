@@ -21,13 +21,13 @@ protected:
 
 } // namespace
 
-PixelSegmentRow::PixelSegmentRow(const QString& name, const QColor& accent, QWidget* parent)
+PixelSegments::PixelSegments(const QString& name, const QColor& accent, QWidget* parent)
     : QWidget(parent), m_accent(accent) {
     setAccessibleName(name);
     setFixedSize(0, 0);
 }
 
-PixelButton& PixelSegmentRow::add(const QString& label) {
+void PixelSegments::add(const QString& label, const std::function<void()>& onChange) {
     auto* segment = new Segment({.kind = PixelButton::Kind::choice,
                                  .accent = m_accent,
                                  .padding = padding,
@@ -38,15 +38,27 @@ PixelButton& PixelSegmentRow::add(const QString& label) {
         QRect(QPoint(m_segments.empty() ? 0 : width() - overlap, 0), segment->sizeHint()));
     setFixedSize(segment->geometry().bottomRight().x() + 1, segment->height());
     m_segments.push_back(segment);
-    return *segment;
+    connect(segment, &QAbstractButton::toggled, this, [onChange](bool on) {
+        if (on)
+            onChange();
+    });
 }
 
-void PixelSegmentRow::setAccent(const QColor& accent) {
+void PixelSegments::setAccent(const QColor& accent) {
     for (PixelButton* segment : m_segments)
         segment->setAccent(accent);
 }
 
-void PixelSegmentRow::paintEvent(QPaintEvent*) {
+void PixelSegments::setSelection(std::ptrdiff_t index) {
+    for (PixelButton* segment : m_segments) {
+        // Otherwise Qt would keep one checked in any case.
+        segment->setAutoExclusive(false);
+        segment->setChecked(index-- == 0);
+        segment->setAutoExclusive(true);
+    }
+}
+
+void PixelSegments::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     PixelPainter pixels(painter);
     // The chosen segment's outline lies over its neighbours', the focus mark over that.

@@ -29,14 +29,14 @@ ChannelInspector::ChannelInspector(ProjectViewModel& vm, QWidget* parent)
       m_caption(new PixelCaption({}, pixelLabel(10, Palette::textDim), this)) {
     setAccessibleName(tr("Selected channel"));
     setFixedHeight(inspectorHeight);
-    const auto label = [](auto option) { return title(option); };
-    m_duty = new PixelSegments<Duty>(
-        tr("Duty"), allDuties, label, Palette::text,
-        [&vm](Duty chosen) { vm.setDuty(chosen, vm.selectedChannelIndex()); }, this);
+    m_duty = new PixelSegments(tr("Duty"), Palette::text, this);
+    for (const Duty duty : allDuties)
+        m_duty->add(title(duty), [&vm, duty] { vm.setDuty(duty, vm.selectedChannelIndex()); });
     m_duty->setToolTip(tr("Tone of the pulse: how much of its period it is high"));
-    m_preset = new PixelSegments<WavePreset>(
-        tr("Preset"), allWavePresets, label, Palette::accent(ChannelKind::wave),
-        [&vm](WavePreset chosen) { vm.setWavePreset(chosen, vm.selectedChannelIndex()); }, this);
+    m_preset = new PixelSegments(tr("Preset"), Palette::accent(ChannelKind::wave), this);
+    for (const WavePreset wave : allWavePresets)
+        m_preset->add(title(wave),
+                      [&vm, wave] { vm.setWavePreset(wave, vm.selectedChannelIndex()); });
     m_preset->setToolTip(tr("Waveform"));
     m_drums = new QWidget(this);
     m_drums->setToolTip(tr("Drums, from the top row down"));
@@ -67,9 +67,9 @@ void ChannelInspector::showProject() {
     m_caption->setText(isWave ? tr("Preset") : isNoise ? tr("Kit") : tr("Duty"));
     // What is hidden is not changed, and nothing is told about it.
     if (isWave)
-        m_preset->setSelection(channel.wave);
+        m_preset->setSelection(static_cast<int>(channel.wave));
     else if (!isNoise)
-        m_duty->setSelection(channel.duty);
+        m_duty->setSelection(static_cast<int>(channel.duty));
     m_duty->setAccent(accent);
     m_duty->setVisible(!isWave && !isNoise);
     m_preset->setVisible(isWave);

@@ -7,7 +7,6 @@
 namespace mossbit {
 
 class PixelCaption;
-template <typename Option>
 class PixelSegments;
 
 /// The row under the cards with the setting that belongs to the selected channel's kind.
@@ -27,8 +26,8 @@ private:
     PixelCaption* m_title;
     /// Names the setting.
     PixelCaption* m_caption;
-    PixelSegments<Duty>* m_duty;
-    PixelSegments<WavePreset>* m_preset;
+    PixelSegments* m_duty;
+    PixelSegments* m_preset;
     QWidget* m_drums;
 };
 

@@ -141,10 +141,6 @@ QPoint PianoRollView::offset() const {
     return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
 }
 
-QPointF PianoRollView::toViewport(const QPointF& gridPoint) const {
-    return gridPoint - offset();
-}
-
 QPointF PianoRollView::toGrid(const QPointF& viewportPoint) const {
     return viewportPoint + offset();
 }

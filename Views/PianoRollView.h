@@ -27,8 +27,6 @@ public:
     ProjectViewModel& viewModel() const { return m_vm; }
     const PianoRollGeometry& grid() const { return m_grid; }
 
-    /// From the grid's points to the viewport's and back.
-    QPointF toViewport(const QPointF& gridPoint) const;
     QPointF toGrid(const QPointF& viewportPoint) const;
     /// In the viewport's points.
     QRectF visibleNoteRect(const Note& note) const;

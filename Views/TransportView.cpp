@@ -9,6 +9,8 @@
 
 #include <QKeySequence>
 
+#include <algorithm>
+
 namespace mossbit {
 
 namespace {
@@ -119,20 +121,18 @@ QWidget* TransportView::makeLoop() {
 
 QLayout* TransportView::makeBars() {
     auto* caption = makeCaption(tr("Bars"), this);
-    m_bars = new PixelSegments<std::int64_t>(
-        tr("Bars"), allBarCounts, [](std::int64_t count) { return QString::number(count); },
-        Palette::accent(ChannelKind::pulse2), [this](std::int64_t bars) { m_vm.setBars(bars); },
-        this);
+    m_bars = new PixelSegments(tr("Bars"), Palette::accent(ChannelKind::pulse2), this);
+    for (const std::int64_t bars : allBarCounts)
+        m_bars->add(QString::number(bars), [this, bars] { m_vm.setBars(bars); });
     m_bars->setToolTip(tr("Length of the song in bars"));
     return new PixelRow(captionSpacing, {caption, m_bars});
 }
 
 QLayout* TransportView::makeGrid() {
     auto* caption = makeCaption(tr("Grid"), this);
-    m_grid = new PixelSegments<GridDivision>(
-        tr("Grid"), allGridDivisions, [](GridDivision grid) { return title(grid); },
-        Palette::accent(ChannelKind::noise), [this](GridDivision grid) { m_vm.setGrid(grid); },
-        this);
+    m_grid = new PixelSegments(tr("Grid"), Palette::accent(ChannelKind::noise), this);
+    for (const GridDivision grid : allGridDivisions)
+        m_grid->add(title(grid), [this, grid] { m_vm.setGrid(grid); });
     m_grid->setToolTip(tr("Steps in which notes are drawn, moved and resized"));
     return new PixelRow(captionSpacing, {caption, m_grid});
 }
@@ -148,8 +148,10 @@ QLayout* TransportView::makeZoom() {
 
 void TransportView::showProject() {
     m_loop->setChecked(m_vm.project().loop);
-    m_bars->setSelection(m_vm.project().bars);
-    m_grid->setSelection(m_vm.project().grid);
+    m_bars->setSelection(std::ranges::find(allBarCounts, m_vm.project().bars) -
+                         allBarCounts.begin());
+    m_grid->setSelection(std::ranges::find(allGridDivisions, m_vm.project().grid) -
+                         allGridDivisions.begin());
 }
 
 } // namespace mossbit

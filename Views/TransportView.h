@@ -9,7 +9,6 @@ class QLayout;
 namespace mossbit {
 
 class PixelButton;
-template <typename Option>
 class PixelSegments;
 
 /// The strip along the top: playback, tempo, loop, length, grid and zoom.
@@ -34,8 +33,8 @@ private:
     ProjectViewModel& m_vm;
     PixelButton* m_play = nullptr;
     PixelButton* m_loop = nullptr;
-    PixelSegments<std::int64_t>* m_bars = nullptr;
-    PixelSegments<GridDivision>* m_grid = nullptr;
+    PixelSegments* m_bars = nullptr;
+    PixelSegments* m_grid = nullptr;
 };
 
 } // namespace mossbit

@@ -35,9 +35,8 @@ struct WindowHarness {
 
     /// The canvas's point in the middle of a row, `tick` ticks from the left.
     QPointF at(std::int64_t pitch, double tick) const {
-        const PianoRollGeometry& grid = roll().grid();
-        return roll().toViewport(
-            {tick * grid.cellWidth, (static_cast<double>(grid.row(pitch)) + 0.5) * grid.rowHeight});
+        const QRectF first = roll().visibleNoteRect({.pitch = pitch, .start = 0, .length = 1});
+        return {first.left() + tick * first.width(), first.center().y()};
     }
 
     /// The control that assistive tools know by that name.
