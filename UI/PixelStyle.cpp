@@ -1,7 +1,6 @@
 #include "UI/PixelStyle.h"
 
 #include "UI/PixelPainter.h"
-#include "UI/Theme.h"
 
 #include <QApplication>
 #include <QIcon>

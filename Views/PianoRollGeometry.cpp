@@ -22,6 +22,11 @@ double cellWidthFor(double paneWidth, std::int64_t totalTicks) {
     return std::max(PianoRollGeometry::minCellWidth, available / static_cast<double>(totalTicks));
 }
 
+/// The nearest grid step, halves away from zero.
+std::int64_t snap(std::int64_t tick, std::int64_t step) {
+    return std::llround(static_cast<double>(tick) / static_cast<double>(step)) * step;
+}
+
 } // namespace
 
 PianoRollGeometry::PianoRollGeometry(const Project& project, ChannelKind kind, const QSizeF& pane,
@@ -72,15 +77,11 @@ PianoRollGeometry::Cell PianoRollGeometry::cellAt(const QPointF& point) const {
             .tick = std::llround(std::floor(point.x() / cellWidth))};
 }
 
-std::int64_t PianoRollGeometry::snap(std::int64_t tick) const {
-    return std::llround(static_cast<double>(tick) / static_cast<double>(gridStep)) * gridStep;
-}
-
 PianoRollGeometry::Cell PianoRollGeometry::moved(const Note& origin,
                                                  const QPointF& distance) const {
     const std::int64_t ticks = std::llround(distance.x() / cellWidth);
     const std::int64_t rows = std::llround(distance.y() / rowHeight);
-    const std::int64_t start = std::max<std::int64_t>(snap(origin.start + ticks), 0);
+    const std::int64_t start = std::max<std::int64_t>(snap(origin.start + ticks, gridStep), 0);
     const std::int64_t latest = std::max<std::int64_t>(totalTicks - origin.length, 0);
     return {.pitch = pitch(std::clamp<std::int64_t>(row(origin.pitch) + rows, 0, rowCount() - 1)),
             .tick = std::min(latest, start)};
@@ -88,7 +89,7 @@ PianoRollGeometry::Cell PianoRollGeometry::moved(const Note& origin,
 
 std::int64_t PianoRollGeometry::resizedLength(const Note& origin, double x) const {
     const std::int64_t end = std::llround(x / cellWidth);
-    const std::int64_t length = std::max(snap(end - origin.start), gridStep);
+    const std::int64_t length = std::max(snap(end - origin.start, gridStep), gridStep);
     return std::max<std::int64_t>(std::min(length, totalTicks - origin.start), 1);
 }
 

@@ -46,9 +46,6 @@ struct PianoRollGeometry {
     /// The cell at a point of the grid.
     Cell cellAt(const QPointF& point) const;
 
-    /// The nearest grid step, halves away from zero.
-    std::int64_t snap(std::int64_t tick) const;
-
     /// Where `origin` goes when the pointer moves by `distance`: start and pitch stay inside.
     Cell moved(const Note& origin, const QPointF& distance) const;
 

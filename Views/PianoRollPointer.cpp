@@ -27,7 +27,8 @@ void PianoRollView::mousePressEvent(QMouseEvent* event) {
     m_focusMark->hide();
     const QPointF point = toGrid(event->position());
     if (isSecondaryClick(*event)) {
-        deleteNoteAt(point);
+        if (const Note* hit = m_grid.noteAt(point, m_vm.selectedChannel().notes))
+            m_vm.deleteNote(Uuid(hit->id));
     } else if (event->button() == Qt::LeftButton) {
         m_drag.reset();
         beginDrag(point);
@@ -89,11 +90,6 @@ void PianoRollView::updateDrag(const QPointF& point) {
         const std::int64_t length = m_grid.resizedLength(m_drag->origin, point.x());
         m_vm.updateNote(m_drag->id, {.length = length});
     }
-}
-
-void PianoRollView::deleteNoteAt(const QPointF& point) {
-    if (const Note* hit = m_grid.noteAt(point, m_vm.selectedChannel().notes))
-        m_vm.deleteNote(Uuid(hit->id));
 }
 
 void PianoRollView::updateCursor(const QPointF& viewportPoint) {

@@ -75,7 +75,6 @@ private:
     void beginDrag(const QPointF& point);
     void updateDrag(const QPointF& point);
     void followPointer(const QPointF& viewportPoint, Qt::MouseButtons buttons);
-    void deleteNoteAt(const QPointF& point);
     void updateCursor(const QPointF& viewportPoint);
     void showToolTip(const QHelpEvent& event);
 

@@ -59,7 +59,7 @@ protected:
             static constexpr std::array own = {Qt::Key_A,  Qt::Key_C,    Qt::Key_X,
                                                Qt::Key_V,  Qt::Key_Left, Qt::Key_Right,
                                                Qt::Key_Up, Qt::Key_Down};
-            const bool isOwn = std::find(own.begin(), own.end(), key.key()) != own.end();
+            const bool isOwn = std::ranges::find(own, key.key()) != own.end();
             if ((key.modifiers() & Qt::ControlModifier) && !isOwn) {
                 event->ignore();
                 return false;
