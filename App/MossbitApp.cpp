@@ -24,13 +24,13 @@ MossbitApp::~MossbitApp() = default;
 int MossbitApp::run(const std::vector<std::filesystem::path>& files) {
     QString address;
     if (!files.empty()) {
-        // The delegate keeps it until the window has appeared.
+        // The delegate opens it once the window has appeared.
         const std::filesystem::path file = handedOverPath(files.front());
         m_delegate.open(file);
         address = addressOf(file);
     }
     followTheSystem();
-    if (m_bus.join(address) == SessionBus::Role::handedOver)
+    if (m_bus.handOverOrJoin(address))
         return 0;
     makeDocument();
     showWindow();
@@ -74,12 +74,12 @@ void MossbitApp::terminate() {
 }
 
 void MossbitApp::makeDocument() {
-    // First, because it finds the device while the song is read.
+    // First: its worker asks for the device's rate while the song is read.
     m_audioOutput = sdlAudioOutput();
     const std::filesystem::path autosave = ProjectStore::autosaveURL(
         toPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)));
-    // Another process that has just been closed may still be saving. One that goes on running keeps
-    // the autosave, and this one takes it over when that ends.
+    // Waits for a process that has just been closed and is still saving. One that goes on running
+    // keeps the autosave; the view model takes it over when that process ends.
     FileLock(RecoveryFiles::lockFile(autosave)).claim(std::chrono::seconds(2));
     const ViewModelServices services = {m_mainLoop, m_dialogs, m_files, *m_audioOutput,
                                         writeSystemLog};

@@ -54,7 +54,7 @@ void SessionBus::Open(const QStringList& uris, const QVariantMap& platformData,
         return;
     }
     const QString token = platformData.value(tokenKey, platformData.value(startupIdKey)).toString();
-    // Not elsewhere, because other threads may be reading the environment.
+    // Only where Qt reads it: other threads may be reading the environment, too.
     if (!token.isEmpty() && QGuiApplication::platformName() == QLatin1String("wayland"))
         qputenv(tokenVariable, token.toUtf8());
     Q_EMIT requested(uris);
@@ -65,19 +65,19 @@ void SessionBus::ActivateAction(const QString&, const QVariantList&,
     Open({}, platformData, call);
 }
 
-SessionBus::Role SessionBus::join(const QString& file) {
+bool SessionBus::handOverOrJoin(const QString& file) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
-        return Role::alone;
+        return false;
     // The object is there before the name, because whoever finds the name may call at once.
     bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots);
     if (bus.registerService(busName))
-        return Role::first;
+        return false;
     if (handOver(file))
-        return Role::handedOver;
+        return true;
     // This copy gets the requests when the owner that did not answer has ended.
     bus.interface()->registerService(busName, QDBusConnectionInterface::QueueService);
-    return Role::alone;
+    return false;
 }
 
 bool SessionBus::handOver(const QString& file) const {

@@ -16,18 +16,10 @@ class SessionBus : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    enum class Role {
-        /// Requests come to this process.
-        first,
-        /// Another process has taken the request; this one may end.
-        handedOver,
-        /// There is no bus, or the first copy does not answer.
-        alone
-    };
-
     /// Claims the application's name or hands `file`, an address or empty for none, to its owner.
-    /// Waits for the owner two seconds at most.
-    Role join(const QString& file);
+    /// Returns whether the owner has taken it, so that this process may end: not without a bus, and
+    /// not if the owner does not answer within two seconds.
+    bool handOverOrJoin(const QString& file);
 
     /// Gives the name back, so that the next start finds no owner.
     void leave();
