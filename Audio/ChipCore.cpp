@@ -14,32 +14,32 @@ ChipCore::ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRa
       m_highPass{.coefficient = HighPass::coefficientFor(static_cast<float>(sampleRate))} {}
 
 void ChipCore::update(std::shared_ptr<const RenderPattern> pattern) {
-    m_storage.with([&](NextPattern& next) {
+    m_nextPattern.with([&](NextPattern& next) {
         next.pattern.swap(pattern);
         next.isNew = true;
     });
 }
 
 void ChipCore::rewind() {
-    m_tickBox.with([this](Report& report) {
+    m_report.with([this](Report& report) {
         report = {};
         m_rewindOrdered = true;
     });
 }
 
 void ChipCore::silence() {
-    m_tickBox.with([this](Report& report) {
+    m_report.with([this](Report& report) {
         report.tick = -1;
         m_silenceOrdered = true;
     });
 }
 
 std::int64_t ChipCore::publishedTick() const {
-    return m_tickBox.with([](const Report& report) { return report.tick; });
+    return m_report.with([](const Report& report) { return report.tick; });
 }
 
 bool ChipCore::isFinished() const {
-    return m_tickBox.with([](const Report& report) { return report.finished; });
+    return m_report.with([](const Report& report) { return report.finished; });
 }
 
 void ChipCore::render(std::span<float> into) noexcept {
@@ -47,10 +47,10 @@ void ChipCore::render(std::span<float> into) noexcept {
     const double samplesPerTick = m_sampleRate * (60 / m_pattern->tempo * 0.25);
     while (!into.empty()) {
         if (m_samplesToNextTick <= 0) {
-            advanceTick(m_pattern->totalTicks);
+            advanceTick();
             m_samplesToNextTick += samplesPerTick;
         }
-        // Counting down one by one would end at the same double: above 0 every step is exact.
+        // Counting down sample by sample would give the same double: above 0 each step is exact.
         const double untilTick = std::max(std::ceil(m_samplesToNextTick), 1.0);
         const double run = std::min(untilTick, static_cast<double>(into.size()));
         m_samplesToNextTick -= run;
@@ -58,8 +58,8 @@ void ChipCore::render(std::span<float> into) noexcept {
         mix(into.first(frames));
         into = into.subspan(frames);
     }
-    m_tickBox.with([&](Report& report) {
-        // A rewind or silence since this call began has already published its own.
+    m_report.with([&](Report& report) {
+        // A rewind or silence since this call began has already written its own report.
         if (!m_rewindOrdered && !m_silenceOrdered)
             report = {m_finished ? -1 : m_currentTick, m_finished};
     });
@@ -68,8 +68,9 @@ void ChipCore::render(std::span<float> into) noexcept {
 void ChipCore::takeOrders() {
     const bool rewind = m_rewindOrdered.exchange(false);
     const bool silence = m_silenceOrdered.exchange(false);
-    // Afterwards, so that a rewind does not begin the old song when a new one came with it.
-    m_storage.with([this](NextPattern& next) {
+    // After the orders: a pattern posted before a rewind is then taken at the latest with it, and
+    // the old song does not begin again.
+    m_nextPattern.with([this](NextPattern& next) {
         if (std::exchange(next.isNew, false))
             next.pattern.swap(m_pattern);
     });
@@ -86,11 +87,11 @@ void ChipCore::takeOrders() {
     }
 }
 
-void ChipCore::advanceTick(std::int64_t total) {
+void ChipCore::advanceTick() {
     ++m_currentTick;
-    const bool reachedEnd = m_currentTick >= total;
+    const bool reachedEnd = m_currentTick >= m_pattern->totalTicks;
     if (reachedEnd && !m_pattern->loop) {
-        m_currentTick = total;
+        m_currentTick = m_pattern->totalTicks;
         for (Voice& voice : m_voices)
             voice.noteOff();
         m_finished = m_finished || std::ranges::all_of(m_voices, &Voice::isIdle);

@@ -36,7 +36,8 @@ public:
     /// All voices silent at once; position and filter stay.
     void silence();
 
-    /// The tick being played; −1 before the first and once finished.
+    /// The tick being played; −1 before the first, once finished, and from `silence` to the next
+    /// render call.
     std::int64_t publishedTick() const;
 
     /// Whether a pattern that does not loop has ended and every voice has faded out.
@@ -50,7 +51,7 @@ private:
         bool isNew = false;
     };
 
-    /// What a render call hands back.
+    /// What a render call tells the main thread.
     struct Report {
         std::int64_t tick = -1;
         bool finished = false;
@@ -58,14 +59,14 @@ private:
 
     // Audio thread.
     void takeOrders();
-    void advanceTick(std::int64_t total);
+    void advanceTick();
     void mix(std::span<float> into);
     float nextSample();
 
     const double m_sampleRate;
-    LockedBox<NextPattern> m_storage{{}};
-    mutable LockedBox<Report> m_tickBox{{}};
-    // Orders for the next render call, given while the tick's box is locked.
+    LockedBox<NextPattern> m_nextPattern{{}};
+    mutable LockedBox<Report> m_report{{}};
+    // Orders for the next render call, given while the report is locked.
     std::atomic<bool> m_rewindOrdered = false;
     std::atomic<bool> m_silenceOrdered = false;
 

@@ -55,7 +55,8 @@ private:
     }
 
     unsigned m_lfsr;
-    /// The output now: 1 for −1, 0 for +1.
+    /// The output now: 1 for −1, 0 for +1. Not always the lowest bit: a new note sets the register
+    /// and leaves the output until the next clock.
     unsigned m_held;
     bool m_shortMode;
 };
@@ -78,7 +79,8 @@ struct Lanes {
     // Position in the period, or towards the next clock of the noise register.
     Floats phase{};
     Floats increment{};
-    // The noise lane's sweep: the rate in Hz, of which `increment` is a quotient; 1 elsewhere.
+    // `increment` is `rate` / `rateUnit`. The sweep changes the noise lane's rate, which is in Hz;
+    // the unit of the other lanes is 1.
     Floats rate{};
     Floats rateStep{};
     Floats rateUnit = all(1);
@@ -154,7 +156,7 @@ inline bool Lanes::advance(Group& group) {
             newRate += rateStep;
             swept = newRate / rateUnit;
         }
-        // Every drum's sweep falls.
+        // No drum's sweep rises.
         if (newRate[noiseLane] <= sweepEnd)
             return false;
         rate = newRate;
