@@ -44,8 +44,8 @@ const char* kindOf(const json& value) {
     return std::abs(value.get<double>()) < 0x1p63 ? "a fraction" : "a number that is too large";
 }
 
-/// A value of the file and its place there, which errors tell. A missing member is null. Reading a
-/// value of the wrong kind throws `DecodingError`, and so does a missing one without a fallback.
+/// A value of the file with its place, which errors name. A missing member is null. Reading a value
+/// of the wrong kind throws `DecodingError`, and so does a missing one without a fallback.
 class Value {
 public:
     explicit Value(const json& document) : m_json(document) {}
@@ -98,11 +98,11 @@ public:
             if (m_json == json(rawValue(each)))
                 return each;
         }
-        const bool isString = json(rawValue(cases[0])).is_string();
-        const auto number = isString ? std::nullopt : wholeNumberIn(m_json);
-        throw unexpected(names, number                           ? ", " + std::to_string(*number)
-                                : isString && m_json.is_string() ? " that is none"
-                                                                 : "");
+        const bool wantsString = json(rawValue(cases[0])).is_string();
+        if (wantsString && m_json.is_string())
+            throw unexpected(names, " that is none");
+        const auto number = wantsString ? std::nullopt : wholeNumberIn(m_json);
+        throw unexpected(names, number ? ", " + std::to_string(*number) : "");
     }
 
 private:
@@ -116,11 +116,12 @@ private:
         return DecodingError(where + "expected " + expected + ", found " + kindOf(m_json) + detail);
     }
 
-    /// "channels[2].notes[17].pitch".
+    /// "channels[2].notes[17].pitch"; empty for the whole document.
     std::string place() const {
-        if (!m_name)
-            return m_parent ? m_parent->place() + "[" + std::to_string(m_index) + "]" : "";
-        return m_parent->m_parent ? m_parent->place() + "." + m_name : m_name;
+        const std::string outer = m_parent ? m_parent->place() : "";
+        if (m_name)
+            return outer.empty() ? m_name : outer + "." + m_name;
+        return m_parent ? outer + "[" + std::to_string(m_index) + "]" : "";
     }
 
     const json& m_json;
@@ -139,7 +140,7 @@ Note readNote(const Value& value) {
 }
 
 Channel readChannel(const Value& value) {
-    // What a channel leaves out is the same for every kind, other than in a new project.
+    // Not a new project's channel of that kind: what is left out has the same default in each.
     Channel channel;
     channel.kind = value["kind"].oneOf(allChannelKinds, R"("pulse1", "pulse2", "wave" or "noise")");
     channel.volume =
@@ -197,8 +198,9 @@ DecodingError syntaxError(std::string_view before, const std::string& what) {
                          ": " + what);
 }
 
-/// In our own words, because the library's change with its versions and may repeat the whole file.
-std::string unexpected(std::string_view rest) {
+/// What is wrong at the start of `rest`. Not the library's words, which change with its versions
+/// and may repeat the whole file.
+std::string unexpectedInput(std::string_view rest) {
     if (rest.empty())
         return "unexpected end of input";
     const auto byte = static_cast<unsigned char>(rest.front());
@@ -222,7 +224,7 @@ Project decodeProject(std::string_view text) {
         return readProject(Value(document));
     } catch (const json::parse_error& error) {
         const std::size_t position = std::min(error.byte - 1, text.size());
-        throw syntaxError(text.substr(0, position), unexpected(text.substr(position)));
+        throw syntaxError(text.substr(0, position), unexpectedInput(text.substr(position)));
     } catch (const json::out_of_range&) {
         throw DecodingError("a number is too large");
     }

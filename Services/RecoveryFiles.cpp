@@ -87,7 +87,7 @@ std::optional<Project> RecoveryFiles::restore() {
 }
 
 bool RecoveryFiles::autosave(const Project& project) {
-    // For an empty song the work of an ended copy stays what the next start restores.
+    // An empty song does not take the place of what an ended copy has left for the next start.
     if (!m_mayAutosave && (!project.hasNotes() || !takeOver()))
         return false;
     try {
@@ -103,13 +103,13 @@ bool RecoveryFiles::autosave(const Project& project) {
     }
 }
 
-/// Claims the lock. A song that then lies in the autosave's place, left by another copy, or what
-/// could not be read there is moved into `Kept`.
+/// Claims the lock and moves what lies in the autosave's place into `Kept`, unless it is a song
+/// without notes. Returns whether the autosave may be written now.
 bool RecoveryFiles::takeOver() {
     if (!m_lock.claim())
         return false;
     try {
-        // A link that points nowhere is something, too.
+        // A link that points nowhere is moved away, too.
         const bool isFree = fs::symlink_status(m_autosave).type() == fs::file_type::not_found;
         if (!isFree && !isSongWithoutNotes(m_autosave)) {
             const std::string title = m_autosave.stem().string();
@@ -133,8 +133,8 @@ bool RecoveryFiles::keep(const Project& project, std::string_view title) {
     }
 }
 
-/// Lets `add` make a file in `Kept`. It gets the latest time of all, also where the clock has been
-/// put back, because the earliest ones go.
+/// Lets `add` make a file in `Kept`. Its name has the latest time of all, even if the clock has
+/// been put back, because `removeOldest` removes the earliest.
 void RecoveryFiles::addToKept(std::string_view title,
                               const std::function<void(const fs::path&)>& add) {
     constexpr std::chrono::seconds patience{2};
@@ -148,7 +148,8 @@ void RecoveryFiles::addToKept(std::string_view title,
         time = std::max(time, *timeIn(others.back()) + 1);
     const fs::path file = m_kept / nameOf(time, shortened(title));
     add(file);
-    // Older copies would push out other songs. Opening a pipe would wait for its writer.
+    // Songs with the same bytes would push out other songs. A pipe, moved here from the autosave's
+    // place, is not compared, because opening it would wait for its writer.
     for (const fs::path& other : others)
         if (fs::is_regular_file(file) && haveSameBytes(other, file))
             fs::remove(other);
@@ -161,7 +162,7 @@ bool RecoveryFiles::contains(const fs::path& file) const {
            fs::equivalent(folder, m_kept, error);
 }
 
-/// The oldest first.
+/// The oldest first, which is the order of the names.
 std::vector<fs::path> RecoveryFiles::keptFiles() const {
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(m_kept))
@@ -171,7 +172,7 @@ std::vector<fs::path> RecoveryFiles::keptFiles() const {
     return files;
 }
 
-/// Leaves the last `keptLimit` songs. Only at a start: no song may go while it is being opened.
+/// Leaves the last `keptLimit` songs. Only at a start, when no song is just being opened.
 void RecoveryFiles::removeOldest() const noexcept {
     try {
         const std::vector<fs::path> files = keptFiles();
