@@ -117,7 +117,7 @@ bool copyAccessList(const fs::path& from, const fs::path& to) {
 void adoptPermissions(const fs::path& path, int file, const fs::path& target,
                       const struct stat& old) {
     // Only the superuser can give files away. For others the file becomes the user's own, in the
-    // old group if they belong to it.
+    // old group if they belong to it. The `!` keeps GCC from warning of the unused result.
     constexpr auto sameUser = static_cast<uid_t>(-1);
     constexpr auto sameGroup = static_cast<gid_t>(-1);
     static_cast<void>(!::fchown(file, old.st_uid, sameGroup));
@@ -128,7 +128,8 @@ void adoptPermissions(const fs::path& path, int file, const fs::path& target,
         fail(errno, path);
     constexpr mode_t permissionBits = 07777;
     mode_t mode = old.st_mode & permissionBits;
-    // Another group may do no more than everybody, and nobody anything without the old list.
+    // A group other than the old one gets no more rights than everybody has. Where the list could
+    // not be copied, only the owner gets any.
     if (now.st_gid != old.st_gid)
         mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3U;
     if (!hasSameList)

@@ -31,8 +31,8 @@ constexpr std::size_t channelCount = 2;
 
 /// How long the main thread waits for a sound system that does not answer.
 constexpr auto answerLimit = 2s;
-/// How often the worker looks whether a playing device is still there, and after how many looks
-/// without a single block it is not.
+/// How often the worker looks whether a playing device is still there. After so many looks without
+/// a single block the device counts as lost.
 constexpr auto watchInterval = 100ms;
 constexpr int lostAfterLooks = 20;
 constexpr auto retryInterval = 250ms;
@@ -149,6 +149,7 @@ private:
     std::condition_variable m_changed;
     // Guarded by the mutex.
     State m_state = State::closed;
+    /// When the state was entered.
     Clock::time_point m_since;
     /// When the state wants the worker next.
     Clock::time_point m_due;
@@ -215,6 +216,7 @@ void SdlAudioOutput::enter(State state) {
 }
 
 void SdlAudioOutput::play() {
+    // Looks without a block count from here.
     m_hasPulled = true;
     SDL_PauseAudioDevice(m_id, 0);
     enter(State::playing);
@@ -241,7 +243,7 @@ void SdlAudioOutput::work() {
             act(lock);
     }
     close(lock);
-    // SDL keeps its last error for each thread, and forgets that of threads it did not start.
+    // SDL keeps the last error of each thread, and frees it only for threads that it has started.
     SDL_TLSCleanup();
     m_state = State::ended;
     m_changed.notify_all();
@@ -276,7 +278,7 @@ void SdlAudioOutput::open(Lock& lock) {
     const Clock::time_point since = m_since;
     const bool isSameSystem = isRecovering() && Clock::now() < since + sameSystemLimit;
     const std::string driver = isSameSystem ? m_driver : "";
-    // Within one life of the subsystem SDL keeps to the devices that it found first.
+    // SDL keeps to the devices that it finds when its subsystem is started.
     close(lock);
     lock.unlock();
     SDL_AudioDeviceID id = 0;
@@ -289,7 +291,7 @@ void SdlAudioOutput::open(Lock& lock) {
     lock.lock();
     m_id = id;
     if (m_since != since)
-        return; // Something else is wanted by now.
+        return; // Another state was entered meanwhile.
     if (id != 0 && (m_state == State::opening || isRecovering())) {
         play();
     } else if (isRecovering()) {
@@ -353,6 +355,7 @@ void SdlAudioOutput::fill(void* output, Uint8* stream, int bytes) {
 } // namespace
 
 std::shared_ptr<AudioOutput> sdlAudioOutput() {
+    // The worker shares the output, because it may outlive what is returned here.
     const auto output = std::make_shared<SdlAudioOutput>();
     const auto worker = std::make_shared<std::thread>([output] { output->work(); });
     return {output.get(), [output, worker](AudioOutput*) {
