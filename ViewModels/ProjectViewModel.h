@@ -189,17 +189,19 @@ private:
     // Undo.
     void changeHistory(const std::function<void()>& change);
     void travel(void (UndoHistory::*step)(Project&));
+    /// Also called for an operation that left the project equal: the document is unsaved all the
+    /// same.
     void didChange(bool projectDiffers = true);
     void cancelAutosave();
     void autosaveDocument(const std::filesystem::path& url);
     bool writeAutosave();
-    void writeInBackground(const std::filesystem::path& url);
+    void writeUnasked(const std::filesystem::path& url);
 
     // Document.
     Consent confirmDiscardIfNeeded();
     Consent askAboutUnsavedWork();
     bool isSaved() const;
-    bool mayReplaceSong(Consent consent);
+    bool prepareToReplaceSong(Consent consent);
     bool secureSong();
     std::optional<Project> read(const std::filesystem::path& url);
     void startUntitled(Project project);
@@ -237,6 +239,7 @@ private:
     std::unique_ptr<MainLoop::Task> m_handOverTask;
     /// True while a modal dialog is up.
     bool m_isDialogUp = false;
+    /// The song was discarded as the window closed.
     bool m_isDiscarded = false;
 };
 

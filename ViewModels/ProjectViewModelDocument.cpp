@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// How often a file that was handed over looks whether the dialog that it waits for is gone.
+/// How long opening a file that was handed over is put off each time while a dialog is up.
 constexpr std::chrono::milliseconds handOverDelay{50};
 
 // The buttons of the question about unsaved work.
@@ -58,7 +58,7 @@ void ProjectViewModel::openCopy(const fs::path& url) {
 }
 
 void ProjectViewModel::startUntitled(Project project) {
-    if (!mayReplaceSong(confirmDiscardIfNeeded()))
+    if (!prepareToReplaceSong(confirmDiscardIfNeeded()))
         return;
     replaceDocument(std::move(project), std::nullopt);
     writeAutosave();
@@ -93,8 +93,8 @@ void ProjectViewModel::openHandedOver(const fs::path& url) {
 
 void ProjectViewModel::open(const fs::path& url, Consent consent) {
     std::optional<Project> project = read(url);
-    // The same song goes on, perhaps as a kept one that is being opened.
-    if (!project || (*project != m_project && !mayReplaceSong(consent)))
+    // A file with the same song, such as its copy in `Kept`, replaces nothing.
+    if (!project || (*project != m_project && !prepareToReplaceSong(consent)))
         return;
     // An answer of "Save" may have changed the file.
     project = read(url);
@@ -131,8 +131,8 @@ ProjectViewModel::Consent ProjectViewModel::askAboutUnsavedWork() {
     return button == saveButton && saveDocument() ? Consent::given : Consent::refused;
 }
 
-/// Whether the song is safe, or the user wants to lose it.
-bool ProjectViewModel::mayReplaceSong(Consent consent) {
+/// Keeps or asks about the song unless it is safe. Returns whether another may take its place.
+bool ProjectViewModel::prepareToReplaceSong(Consent consent) {
     if (consent == Consent::given)
         return secureSong() || askAboutUnsavedWork() != Consent::refused;
     return consent == Consent::givenToDiscard;
@@ -161,7 +161,7 @@ bool ProjectViewModel::isSaved() const {
     return !m_project.hasNotes() || (isOwnFile && ProjectStore::holds(*m_fileURL, m_project));
 }
 
-/// Whether the song is saved, or now stands among the kept ones.
+/// Keeps the song unless it is saved. Returns whether it is safe now.
 bool ProjectViewModel::secureSong() {
     return isSaved() || (m_recovery && m_recovery->keep(m_project, documentName()));
 }
@@ -171,8 +171,8 @@ bool ProjectViewModel::confirmClosing() {
     if (writeAutosave())
         return true;
     if (m_fileURL)
-        writeInBackground(*m_fileURL);
-    // Among the kept songs nobody would look for it at the next start.
+        writeUnasked(*m_fileURL);
+    // Asks rather than keeps the song: at the next start nobody would look for it in `Kept`.
     if (isSaved())
         return true;
     const Consent consent = askAboutUnsavedWork();

@@ -8,7 +8,7 @@ namespace mossbit {
 
 namespace {
 constexpr std::chrono::milliseconds autosaveDelay{800};
-/// How long changes that keep restarting that delay may be in no file.
+/// The autosave is written this long after a change, even if more changes restart the delay.
 constexpr std::chrono::seconds autosaveLimit{5};
 } // namespace
 
@@ -44,8 +44,8 @@ void ProjectViewModel::travel(void (UndoHistory::*step)(Project&)) {
 void ProjectViewModel::didChange(bool projectDiffers) {
     assign(m_hasUnsavedChanges, true, &ProjectViewModel::hasUnsavedChangesChanged);
     m_audio.update(m_project);
-    // The project needs no copy: whatever changes it comes here and restarts the delay, and what
-    // replaces it cancels the task. The file can change meanwhile; the task keeps to this one.
+    // The task needs no copy of the project: each change comes here and restarts the delay, and
+    // replacing the project cancels the task. It does need the file's name, which Save As… changes.
     m_autosaveTask = m_services.mainLoop.after(autosaveDelay, [this, url = m_fileURL] {
         writeAutosave();
         if (url)
@@ -69,7 +69,7 @@ void ProjectViewModel::autosaveDocument(const std::filesystem::path& url) {
             m_services.mainLoop.after(autosaveDelay, [this, url] { autosaveDocument(url); });
         return;
     }
-    writeInBackground(url);
+    writeUnasked(url);
     // Also after a failure: a write that nobody asked for is no reason to ask about unsaved work.
     assign(m_hasUnsavedChanges, false, &ProjectViewModel::hasUnsavedChangesChanged);
 }
@@ -81,7 +81,7 @@ void ProjectViewModel::flushAutosave() {
         return;
     const bool isAutosaved = writeAutosave();
     if (m_fileURL)
-        writeInBackground(*m_fileURL);
+        writeUnasked(*m_fileURL);
     // Another copy may have the autosave.
     if (!isAutosaved)
         secureSong();
@@ -93,7 +93,7 @@ bool ProjectViewModel::writeAutosave() {
     return m_recovery && m_recovery->autosave(m_project);
 }
 
-void ProjectViewModel::writeInBackground(const std::filesystem::path& url) {
+void ProjectViewModel::writeUnasked(const std::filesystem::path& url) {
     try {
         m_services.files.write(url, ProjectStore::encode(m_project));
     } catch (const std::exception&) {
