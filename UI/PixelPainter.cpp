@@ -9,8 +9,8 @@ namespace mossbit {
 
 namespace {
 
-/// The raster engine fills translucent rectangles of some 100 rows and more a hundred times more
-/// slowly per pixel than lower ones.
+/// The raster engine takes a hundred times longer per pixel to fill translucent rectangles of about
+/// 100 rows or more than shorter ones.
 constexpr int tallestTranslucentFill = 64;
 
 /// Halves go up on either side of zero: a scrolled picture is rounded like the unscrolled one.
@@ -24,7 +24,7 @@ PixelPainter::PixelPainter(QPainter& painter)
     : m_painter(painter),
       m_world(painter.worldTransform()),
       m_toDevice(painter.deviceTransform()),
-      // What turns the painter's coordinates into the device's own, whatever lies between.
+      // Undoes what the painter adds between the world transform and the device.
       m_pixels(m_toDevice.inverted() * m_world) {
     m_painter.setWorldTransform(m_pixels);
 }

@@ -34,7 +34,7 @@ constexpr NoteStep noteSteps[] = {{"Up", 0, -1, 0},   {"Down", 0, 1, 0},   {"Ear
 constexpr QLatin1String deleteAction("Delete");
 constexpr QLatin1String addAction("Add note");
 
-/// What assistive tools are told of the song.
+/// The song as assistive tools know it.
 struct ToldSong {
     int channel;
     /// In the order in which they sound.
@@ -66,7 +66,7 @@ public:
         using Model = ProjectViewModel;
         for (const auto signal : {&Model::projectChanged, &Model::selectedChannelIndexChanged,
                                   &Model::selectionChanged})
-            QObject::connect(&model(), signal, &m_context, [this] { follow(); });
+            QObject::connect(&model(), signal, &m_context, [this] { announceChanges(); });
     }
 
     ~AccessiblePianoRoll() override { dropChildren(); }
@@ -126,8 +126,7 @@ private:
             QAccessible::deleteAccessibleInterface(child);
     }
 
-    /// Tells what has changed.
-    void follow() {
+    void announceChanges() {
         m_isStale = m_isStale || !QAccessible::isActive();
         if (m_isStale)
             return;
@@ -135,7 +134,7 @@ private:
         const bool isOtherChannel = now.channel != m_told.channel;
         const auto notesBefore = byIdentifier(m_told.notes);
         const auto notesNow = byIdentifier(now.notes);
-        // While they still can be asked what they are.
+        // Before `m_told` changes, so that tools can still ask for the names of notes that go.
         for (const auto& [id, note] : notesBefore)
             if (!isOtherChannel && !notesNow.contains(id)) {
                 send(interfaceOf(id), QAccessible::ObjectDestroyed);
@@ -165,7 +164,7 @@ private:
             send(this, QAccessible::Focus);
     }
 
-    /// Where the last one ends, so that a melody can be written note by note.
+    /// Adds a note where the last one ends, so that a melody can be written note by note.
     void addNote() {
         const std::int64_t step = m_view.grid().gridStep;
         Note last{.pitch = m_view.grid().isNoise ? 0 : firstAddedPitch, .start = 0, .length = 0};
@@ -177,7 +176,7 @@ private:
 
     PianoRollView& m_view;
     mutable ToldSong m_told;
-    /// The song may have changed since.
+    /// `m_told` may be out of date.
     mutable bool m_isStale = false;
     mutable std::unordered_map<Uuid, QAccessible::Id> m_children;
     /// Ends the connections.
@@ -253,7 +252,7 @@ public:
             return;
         if (name == pressAction())
             return m_roll.model().setSelection({m_id});
-        // With the note goes this object, and its identifier.
+        // Deleting the note destroys this object, so the identifier is copied first.
         if (name == deleteAction)
             return m_roll.model().deleteNote(Uuid(m_id));
         for (const NoteStep& step : noteSteps)
@@ -271,7 +270,7 @@ private:
 
     void change(const Note& origin, const NoteStep& step) {
         const double stepWidth = grid().cellWidth * static_cast<double>(grid().gridStep);
-        // As far as a drag by that much goes.
+        // Clamped like a drag by one step.
         const auto place =
             grid().moved(origin, {step.ticks * stepWidth, step.rows * grid().rowHeight});
         const std::int64_t length =
@@ -281,6 +280,7 @@ private:
             changed.pitch = place.pitch;
         if (step.ticks != 0)
             changed.start = place.tick;
+        // A note shorter than a step would get longer.
         if (step.length > 0 || (step.length < 0 && length < origin.length))
             changed.length = length;
         if (changed == origin)

@@ -2,8 +2,7 @@
 
 namespace mossbit {
 
-/// Lets assistive tools find the notes of the piano roll. The view calls it before
-/// anything can ask for it.
+/// Lets assistive tools find the notes of a piano roll; call this before one is shown.
 void installPianoRollAccessibility();
 
 } // namespace mossbit

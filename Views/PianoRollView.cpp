@@ -22,10 +22,10 @@ constexpr std::int64_t firstCentredPitch = 72;
 /// Points that a step of a scroll bar moves; a notch of the wheel is three steps.
 constexpr int verticalStep = 15;
 constexpr int horizontalStep = 20;
-/// More changed notes than this are not worth finding out one by one.
+/// More changed notes than this are not repainted one by one.
 constexpr std::ptrdiff_t mostSingleRepaints = 16;
 
-/// Lies over keys and grid while Tab has brought the keyboard here.
+/// A frame over keys and grid, shown while they have the keyboard's focus by Tab.
 class FocusMark : public QWidget {
 public:
     explicit FocusMark(QWidget* parent) : QWidget(parent) {
@@ -97,19 +97,16 @@ void PianoRollView::setZoom(double zoom) {
 
 // Layout.
 
-QSize PianoRollView::paneSize() const {
-    return viewport()->size() + QSize(static_cast<int>(PianoRollGeometry::keyWidth), 0);
-}
-
 void PianoRollView::updateGrid() {
-    const PianoRollGeometry grid(m_vm.project(), m_vm.selectedChannel().kind, paneSize(), m_zoom);
+    const QSize visible = viewport()->size();
+    const QSizeF pane(visible.width() + PianoRollGeometry::keyWidth, visible.height());
+    const PianoRollGeometry grid(m_vm.project(), m_vm.selectedChannel().kind, pane, m_zoom);
     if (grid != m_grid) {
         m_grid = grid;
         viewport()->update();
         m_keys->update();
     }
-    const QSize visible = viewport()->size();
-    // Drums are not centred, and nothing is centred after them.
+    // Drums are not centred, and after them pitches are not centred any more.
     const bool keepsCentred = m_keepsCentred && !m_grid.isNoise;
     QPoint place = m_place;
     if (keepsCentred)
@@ -120,12 +117,12 @@ void PianoRollView::updateGrid() {
     verticalScrollBar()->setRange(0, scrollRange(m_grid.height(), visible.height()));
     verticalScrollBar()->setPageStep(visible.height());
     scrollTo(place);
-    // What has scrolled here was not the person's doing.
+    // The scroll bars have called `scrollContentsBy`, which takes any scrolling for the person's.
     m_place = place;
     m_keepsCentred = keepsCentred;
-    const QRect pane = viewport()->geometry();
-    m_keys->setGeometry(0, pane.y(), pane.x(), pane.height());
-    m_focusMark->setGeometry(m_keys->geometry() | pane);
+    const QRect canvas = viewport()->geometry();
+    m_keys->setGeometry(0, canvas.y(), canvas.x(), canvas.height());
+    m_focusMark->setGeometry(m_keys->geometry() | canvas);
 }
 
 void PianoRollView::resizeEvent(QResizeEvent*) {
@@ -181,6 +178,7 @@ bool PianoRollView::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::ShortcutOverride:
+        // The first click or key anywhere in the program.
         if (isVisible()) {
             m_keepsCentred = false;
             qApp->removeEventFilter(this);

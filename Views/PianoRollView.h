@@ -63,7 +63,6 @@ private:
     void showPlayhead();
 
     // Layout.
-    QSize paneSize() const;
     void updateGrid();
     void scrollTo(const QPoint& place);
     QPoint offset() const;
