@@ -14,32 +14,32 @@ ChipCore::ChipCore(std::shared_ptr<const RenderPattern> pattern, double sampleRa
       m_highPass{.coefficient = HighPass::coefficientFor(static_cast<float>(sampleRate))} {}
 
 void ChipCore::update(std::shared_ptr<const RenderPattern> pattern) {
-    m_nextPattern.with([&](NextPattern& next) {
+    m_storage.with([&](NextPattern& next) {
         next.pattern.swap(pattern);
         next.isNew = true;
     });
 }
 
 void ChipCore::rewind() {
-    m_report.with([this](Report& report) {
+    m_tickBox.with([this](Report& report) {
         report = {};
         m_rewindOrdered = true;
     });
 }
 
 void ChipCore::silence() {
-    m_report.with([this](Report& report) {
+    m_tickBox.with([this](Report& report) {
         report.tick = -1;
         m_silenceOrdered = true;
     });
 }
 
 std::int64_t ChipCore::publishedTick() const {
-    return m_report.with([](const Report& report) { return report.tick; });
+    return m_tickBox.with([](const Report& report) { return report.tick; });
 }
 
 bool ChipCore::isFinished() const {
-    return m_report.with([](const Report& report) { return report.finished; });
+    return m_tickBox.with([](const Report& report) { return report.finished; });
 }
 
 void ChipCore::render(std::span<float> into) noexcept {
@@ -58,7 +58,7 @@ void ChipCore::render(std::span<float> into) noexcept {
         mix(into.first(frames));
         into = into.subspan(frames);
     }
-    m_report.with([&](Report& report) {
+    m_tickBox.with([&](Report& report) {
         // A rewind or silence since this call began has already written its own report.
         if (!m_rewindOrdered && !m_silenceOrdered)
             report = {m_finished ? -1 : m_currentTick, m_finished};
@@ -70,7 +70,7 @@ void ChipCore::takeOrders() {
     const bool silence = m_silenceOrdered.exchange(false);
     // After the orders: a pattern posted before a rewind is then taken at the latest with it, and
     // the old song does not begin again.
-    m_nextPattern.with([this](NextPattern& next) {
+    m_storage.with([this](NextPattern& next) {
         if (std::exchange(next.isNew, false))
             next.pattern.swap(m_pattern);
     });

@@ -64,9 +64,9 @@ private:
     float nextSample();
 
     const double m_sampleRate;
-    LockedBox<NextPattern> m_nextPattern{{}};
-    mutable LockedBox<Report> m_report{{}};
-    // Orders for the next render call, given while the report is locked.
+    LockedBox<NextPattern> m_storage{{}};
+    mutable LockedBox<Report> m_tickBox{{}};
+    // Orders for the next render call, given while the tick's box is locked.
     std::atomic<bool> m_rewindOrdered = false;
     std::atomic<bool> m_silenceOrdered = false;
 

@@ -150,7 +150,7 @@ void TempoControl::showProject() {
         return;
     m_number->setTempo(tempo);
     // What nobody has typed must not be committed over the new tempo.
-    if (isEditing() && !m_field->isModified())
+    if (editingTempo() && !m_field->isModified())
         fillField();
 }
 
@@ -160,7 +160,7 @@ void TempoControl::fillField() {
 }
 
 void TempoControl::beginEditing() {
-    if (isEditing())
+    if (editingTempo())
         return;
     fillField();
     m_openedByKeyboard = m_number->hasFocus();
@@ -170,12 +170,12 @@ void TempoControl::beginEditing() {
     m_vm.setEditingText(true);
 }
 
-bool TempoControl::isEditing() const {
+bool TempoControl::editingTempo() const {
     return !m_field->isHidden();
 }
 
 void TempoControl::commitTempo() {
-    if (!isEditing())
+    if (!editingTempo())
         return;
     if (const auto tempo = parseTempo(m_field->text()))
         m_vm.setTempo(*tempo);
@@ -199,7 +199,7 @@ void TempoControl::keyPressEvent(QKeyEvent* event) {
 }
 
 void TempoControl::close() {
-    if (!isEditing())
+    if (!editingTempo())
         return;
     // Not `hasFocus`: the window may be inactive, behind a dialog.
     const bool hadFocus = window()->focusWidget() == m_field;

@@ -25,7 +25,7 @@ protected:
 private:
     void showProject();
     void fillField();
-    bool isEditing() const;
+    bool editingTempo() const;
     void beginEditing();
     void commitTempo();
     void followFocus(const QWidget* before, const QWidget* widget);
