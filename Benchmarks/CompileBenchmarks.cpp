@@ -1,5 +1,5 @@
 #include "Audio/RenderPattern.h"
-#include "Tests/Support/FullSong.h"
+#include "Tests/Support/SongBuilder.h"
 
 #include <benchmark/benchmark.h>
 

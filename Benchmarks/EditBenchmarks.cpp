@@ -1,6 +1,6 @@
 #include "Benchmarks/Measure.h"
 #include "Benchmarks/UnseenModel.h"
-#include "Tests/Support/FullSong.h"
+#include "Tests/Support/SongBuilder.h"
 
 #include <benchmark/benchmark.h>
 

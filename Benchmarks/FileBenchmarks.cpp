@@ -5,8 +5,8 @@
 #include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 #include "Services/WAVExporter.h"
-#include "Tests/Support/FullSong.h"
 #include "Tests/Support/ScratchFolder.h"
+#include "Tests/Support/SongBuilder.h"
 
 #include <benchmark/benchmark.h>
 

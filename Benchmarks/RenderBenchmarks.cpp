@@ -1,7 +1,7 @@
 #include "Audio/ChipCore.h"
 #include "Benchmarks/FilterFloor.h"
 #include "Benchmarks/Measure.h"
-#include "Tests/Support/FullSong.h"
+#include "Tests/Support/SongBuilder.h"
 
 #include <benchmark/benchmark.h>
 

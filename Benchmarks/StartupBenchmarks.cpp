@@ -1,6 +1,6 @@
 #include "Services/ProjectStore.h"
-#include "Tests/Support/FullSong.h"
 #include "Tests/Support/ScratchFolder.h"
+#include "Tests/Support/SongBuilder.h"
 #include "Tests/Support/WaitUntil.h"
 
 #include <QProcess>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tests/Support/FakeAudioOutput.h"
-#include "Tests/Support/FakeMainLoop.h"
 #include "Tests/Support/Fakes.h"
 #include "ViewModels/ProjectViewModel.h"
 
@@ -23,11 +21,10 @@ struct UnseenModel {
     FakeDialogs dialogs;
     NoFile files;
     FakeAudioOutput output;
-    FakeSystemLog log;
     ProjectViewModel model;
 
     explicit UnseenModel(Project project)
-        : model({loop, dialogs, files, output, log}, std::move(project), std::nullopt) {}
+        : model({loop, dialogs, files, output, [](auto&&) {}}, std::move(project), std::nullopt) {}
 };
 
 } // namespace mossbit

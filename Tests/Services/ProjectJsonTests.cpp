@@ -1,7 +1,6 @@
 #include "Services/ProjectJson.h"
 #include "Services/ProjectStore.h"
 
-#include "Tests/Support/FullSong.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>

@@ -1,16 +1,69 @@
 #pragma once
 
+#include "Platform/AudioOutput.h"
 #include "Platform/Dialogs.h"
-#include "Platform/SystemLog.h"
+#include "Platform/MainLoop.h"
 
+#include <algorithm>
+#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace mossbit {
+
+/// A main loop in virtual time: nothing happens until a test moves the clock.
+class FakeMainLoop : public MainLoop {
+public:
+    using Seconds = std::chrono::duration<double>;
+
+    [[nodiscard]] std::unique_ptr<Task> after(std::chrono::milliseconds delay,
+                                              std::function<void()> action) override {
+        return std::make_unique<Timer>(*this, delay, std::move(action));
+    }
+
+    /// Moves the clock and runs what becomes due, in order.
+    void advance(Seconds duration) {
+        const Seconds end = m_now + duration;
+        for (;;) {
+            const auto next = std::ranges::min_element(m_pending, {}, &Timer::due);
+            // Half a microsecond of slack: sums of sixtieths are not exact.
+            if (next == m_pending.end() || (*next)->due > end + Seconds(5e-7))
+                break;
+            m_now = std::max(m_now, (*next)->due);
+            // A copy, as it may destroy its timer.
+            const std::function<void()> action = (*next)->action;
+            m_pending.erase(next);
+            action();
+        }
+        m_now = end;
+    }
+
+    std::size_t pendingCount() const { return m_pending.size(); }
+
+private:
+    struct Timer : Task {
+        Timer(FakeMainLoop& owner, Seconds delay, std::function<void()> work)
+            : loop(owner), due(owner.m_now + delay), action(std::move(work)) {
+            loop.m_pending.push_back(this);
+        }
+        ~Timer() override { std::erase(loop.m_pending, this); }
+
+        FakeMainLoop& loop;
+        Seconds due;
+        std::function<void()> action;
+    };
+
+    Seconds m_now{0};
+    std::vector<Timer*> m_pending;
+};
 
 /// Answers dialogs from a script and records what they showed. A dialog that the script does not
 /// expect is cancelled, and recorded all the same.
@@ -56,12 +109,49 @@ private:
     }
 };
 
-struct FakeSystemLog {
-    std::vector<std::string> lines;
+/// A sound device without sound, whose blocks a test pulls by hand.
+class FakeAudioOutput : public AudioOutput {
+public:
+    // What the device is like.
+    double rate = 48000;
+    /// Not empty: `start` fails with these words.
+    std::string startError;
 
-    operator SystemLog() {
-        return [this](std::string_view line) { lines.emplace_back(line); };
+    /// At which the source was set.
+    double sourceRate = 0;
+
+    double sampleRate() override { return rate; }
+
+    void setSource(double sampleRate, Source source) override {
+        if (m_running)
+            throw std::logic_error("the source is in use");
+        sourceRate = sampleRate;
+        m_source = std::move(source);
     }
+
+    bool isRunning() const override { return m_running; }
+
+    void start() override {
+        if (!startError.empty())
+            throw std::runtime_error(startError);
+        m_running = true;
+    }
+
+    /// Also where the device goes away.
+    void stop() override { m_running = false; }
+
+    void pullInto(std::span<float> block) { m_source(block); }
+
+    /// The next samples.
+    std::vector<float> pull(std::size_t frames) {
+        std::vector<float> samples(frames, 9);
+        m_source(samples);
+        return samples;
+    }
+
+private:
+    Source m_source;
+    bool m_running = false;
 };
 
 } // namespace mossbit

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "Services/ProjectStore.h"
-#include "Tests/Support/FakeAudioOutput.h"
-#include "Tests/Support/FakeMainLoop.h"
 #include "Tests/Support/Fakes.h"
 #include "Tests/Support/FaultyFileCalls.h"
 #include "Tests/Support/ScratchFolder.h"
@@ -27,12 +25,11 @@ struct ViewModelHarness {
     int failure = 0;
     PosixAtomicFile files{faultyCalls([this](const std::string&) { return failure; })};
     FakeAudioOutput output;
-    FakeSystemLog log;
     std::filesystem::path autosave = ProjectStore::autosaveURL(folder.path());
 
     /// The program's start: restores the autosave unless a project is given.
     std::unique_ptr<ProjectViewModel> start(std::optional<Project> project = std::nullopt) {
-        const ViewModelServices services = {loop, dialogs, files, output, log};
+        const ViewModelServices services = {loop, dialogs, files, output, [](auto&&) {}};
         return std::make_unique<ProjectViewModel>(services, std::move(project), autosave);
     }
 

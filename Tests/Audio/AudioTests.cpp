@@ -1,17 +1,16 @@
-#include "Audio/ChipCore.h"
+#include "Audio/AudioEngine.h"
 
-#include "Tests/Support/Rendering.h"
+#include "Tests/Support/Fakes.h"
 #include "Tests/Support/SongBuilder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstdlib>
 #include <random>
-#include <span>
 #include <thread>
-#include <utility>
 
 namespace {
 
@@ -37,6 +36,17 @@ void operator delete(void* block, std::size_t) noexcept {
 
 namespace mossbit {
 namespace {
+
+std::shared_ptr<const RenderPattern> compiled(const Project& project) {
+    return std::make_shared<const RenderPattern>(project);
+}
+
+/// The core's next samples.
+std::vector<float> rendered(ChipCore& core, std::size_t frames) {
+    std::vector<float> samples(frames);
+    core.render(samples);
+    return samples;
+}
 
 std::vector<float> rendered(const Project& project, std::size_t frames, double rate = 44100) {
     ChipCore core(compiled(project), rate);
@@ -239,6 +249,83 @@ TEST(HandOver, EditsRewindsAndSilencesMeetARenderingThread) {
     }
     isOver = true;
     audio.join();
+}
+
+struct AudioEngineTest : testing::Test {
+    Project first = song({.bars = 1}).note(60, 0, 4).note(64, 4, 4);
+    Project second = song({.bars = 1}).note(72, 0, 8).on(ChannelKind::noise).note(0, 0, 1);
+    FakeAudioOutput output;
+    std::vector<std::string> log;
+    AudioEngine engine{output, [this](std::string_view line) { log.emplace_back(line); }};
+};
+
+TEST_F(AudioEngineTest, RendersAtTheDevicesRateOrAt44100) {
+    for (const auto& [told, expected] :
+         {std::pair(22050.0, 22050.0), {0.0, 44100.0}, {NAN, 44100.0}}) {
+        FakeAudioOutput device;
+        device.rate = told;
+        AudioEngine ours(device, {});
+        ours.play(first);
+        EXPECT_EQ(device.sourceRate, expected);
+        ChipCore reference(compiled(first), expected);
+        EXPECT_EQ(device.pull(30000), rendered(reference, 30000)) << told;
+    }
+}
+
+TEST_F(AudioEngineTest, PlayingBeginsAtTickZeroAfterAStopAndWithoutOne) {
+    for (const bool stops : {true, false}) {
+        engine.play(first);
+        output.pull(13000);
+        EXPECT_EQ(engine.playheadTick(), 2);
+        if (stops) {
+            engine.stop();
+            EXPECT_FALSE(output.isRunning());
+            EXPECT_FALSE(engine.isPlaying());
+            // A device that pulls all the same moves nothing that is shown.
+            output.pull(7000);
+        }
+        EXPECT_EQ(engine.playheadTick(), stops ? -1 : 2);
+        engine.play(second);
+        EXPECT_EQ(engine.playheadTick(), -1);
+        ChipCore reference(compiled(second), 48000);
+        EXPECT_EQ(output.pull(13000), rendered(reference, 13000));
+    }
+}
+
+TEST_F(AudioEngineTest, LogsWhyADeviceDoesNotStart) {
+    output.startError = "busy";
+    engine.play(first);
+    EXPECT_FALSE(engine.isPlaying());
+    EXPECT_EQ(log, std::vector<std::string>{"Mossbit: audio engine failed to start — busy"});
+}
+
+TEST(RenderPattern, ClipsNotesToThePattern) {
+    struct Case {
+        std::int64_t start, length, end;
+    };
+    for (const Case& c :
+         {Case{62, 8, 64}, Case{5, 0, 6}, Case{5, -3, 6}, Case{5, INT64_MAX, 64}, Case{-8, 4, -4},
+          Case{-8, INT64_MAX, 64}, Case{-INT64_MAX, INT64_MAX, 0}}) {
+        const RenderPattern pattern(song({.bars = 4}).note(60, c.start, c.length));
+        ASSERT_EQ(pattern.channels[0].events.size(), 1U);
+        EXPECT_EQ(pattern.channels[0].events[0].start, c.start);
+        EXPECT_EQ(pattern.channels[0].events[0].end, c.end);
+    }
+    const RenderPattern pattern(
+        song({.bars = 4}).note(60, 64, 1).note(60, 0, 1, 20).note(60, 1, 1, -3));
+    ASSERT_EQ(pattern.channels[0].events.size(), 2U);
+    EXPECT_EQ(pattern.channels[0].events[0].velocity, 1);
+    EXPECT_EQ(pattern.channels[0].events[1].velocity, 0);
+}
+
+TEST(RenderPattern, SortsNotesAndLetsTheLastStoredOneOwnItsTick) {
+    const RenderPattern pattern(
+        song({.bars = 1}).note(60, 9, 1).note(62, 8, 1).note(63, 8, 2).note(9, -1, 4));
+    const RenderChannel& channel = pattern.channels[0];
+    EXPECT_TRUE(std::ranges::is_sorted(channel.events, {}, &RenderEvent::start));
+    EXPECT_EQ(channel.events[2].pitch, 63);
+    EXPECT_EQ(channel.startAtTick, (std::vector<std::int64_t>{-1, -1, -1, -1, -1, -1, -1, -1, 2, 3,
+                                                              -1, -1, -1, -1, -1, -1}));
 }
 
 } // namespace
