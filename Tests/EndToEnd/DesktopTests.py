@@ -97,8 +97,7 @@ class Home(unittest.TestCase):
         shutil.rmtree(self.home / "Mossbit", ignore_errors=True)
 
     def autosave(self):
-        file = self.home / "Mossbit/Autosave.mossbit"
-        return json.loads(file.read_text()) if file.exists() else None
+        return json.loads((self.home / "Mossbit/Autosave.mossbit").read_text())
 
 
 class Lifecycle(Home):
@@ -137,15 +136,6 @@ class Lifecycle(Home):
             self.assertTrue(call("Open", "@as []", "{}"))
             self.assertEqual(end(first), 0)
             self.assertEqual(self.autosave(), song(222))
-
-    def test_copies_without_a_bus_do_not_fight_over_the_autosave(self):
-        self.store("two.mossbit", song(222))
-        first = self.start_first()
-        self.assertEqual(end(self.start(PROGRAM, "two.mossbit")), 0)
-        self.assertIsNone(self.autosave())
-        first.kill()
-        self.assertEqual(end(self.start(PROGRAM, "two.mossbit")), 0)
-        self.assertEqual(self.autosave(), song(222))
 
     def test_a_copy_that_hung_leaves_the_file_to_the_one_that_opened_it(self):
         self.start_bus()
@@ -314,10 +304,7 @@ class Window(Desktop):
     def test_takes_the_file_of_a_second_start(self):
         self.store("one.mossbit", song(111))
         self.open()
-        self.draw()
         self.assertTrue(succeeds(PROGRAM, "one.mossbit"))
-        self.await_title("Mossbit")
-        self.key("Tab Return")
         self.await_title("one")
         self.xdotool("getactivewindow windowminimize")
         self.await_title("")
@@ -358,7 +345,8 @@ class ScreenReader(Desktop):
     def nodes(self, parent):
         for child in filter(None, map(parent.get_child_at_index,
                                       range(parent.get_child_count()))):
-            yield (child.get_role_name(), child.get_name()), child
+            # Older versions call a button "push button".
+            yield (child.get_role_name().removeprefix("push "), child.get_name()), child
             yield from self.nodes(child)
 
     def find_all(self):
@@ -377,39 +365,31 @@ class ScreenReader(Desktop):
         self.find_all()  # When the registry answers this, it has told the program who listens.
 
         roll, undo = self.named["list", "Piano roll, PULSE 1"], self.named["menu item", "Undo"]
-        place = "C5, bar 1, beat {}, {} sixteenth, length 1"
-        tune = [place.format(beat, which)
-                for beat in (1, 2) for which in ("1st", "2nd", "3rd", "4th")]
-        self.step(roll, "Add note", ("add", tune[0]), ("selected", tune[0]))
-        for before, name in zip(tune, tune[1:]):
-            self.step(roll, "Add note", ("add", name), ("not selected", before), ("selected", name))
-        song_of = lambda: [name for (_, name), _ in self.nodes(roll)]
-        self.assertEqual(song_of(), tune)
+        first, second = (f"C5, bar 1, beat 1, {place} sixteenth, length 1"
+                         for place in ("1st", "2nd"))
+        self.step(roll, "Add note", ("add", first), ("selected", first))
+        self.step(roll, "Add note",
+                  ("add", second), ("not selected", first), ("selected", second))
 
-        note = roll.get_child_at_index(1)
-        self.step(note, "Press", ("selected", tune[1]), ("not selected", tune[7]))
-        changed = {"Up": "C#5, bar 1, beat 1, 2nd sixteenth, length 1",
-                   "Later": "C#5, bar 1, beat 1, 3rd sixteenth, length 1",
-                   "Longer": "C#5, bar 1, beat 1, 3rd sixteenth, length 2"}
-        for action, name in changed.items():
-            self.step(note, action, ("accessible-name", name))
-        self.step(note, "Delete", ("remove", changed["Longer"]))
-        self.assertEqual(song_of(), [tune[0], *tune[2:]])
-        self.step(undo, "Press", ("add", changed["Longer"]))
-        for name in (changed["Later"], changed["Up"], tune[1]):
-            self.step(undo, "Press", ("accessible-name", name))
-        self.assertEqual(song_of(), tune)
+        note = roll.get_child_at_index(0)
+        self.step(note, "Press", ("selected", first), ("not selected", second))
+        raised = first.replace("C5", "C#5")
+        self.step(note, "Up", ("accessible-name", raised))
+        self.step(note, "Delete", ("remove", raised))
+        self.step(undo, "Press", ("add", raised))
+        self.step(undo, "Press", ("accessible-name", first))
+        self.assertEqual([name for (_, name), _ in self.nodes(roll)], [first, second])
 
-        at = roll.get_child_at_index(7).get_extents(Atspi.CoordType.SCREEN)
+        at = roll.get_child_at_index(1).get_extents(Atspi.CoordType.SCREEN)
         self.xdotool(f"mousemove {at.x + at.width // 2} {at.y + at.height // 2} click 1")
-        self.expect_events(("selected", tune[7]))
+        self.expect_events(("selected", second))
         self.step(self.named["check box", "Play"], "Toggle", ("checked", "Play"))
-        self.step(self.named["push button", "Stop"], "Press", ("not checked", "Play"))
-        self.step(self.named["push button", "Increase tempo"], "Press",
+        self.step(self.named["button", "Stop"], "Press", ("not checked", "Play"))
+        self.step(self.named["button", "Increase tempo"], "Press",
                   ("accessible-name", "Tempo 121"))
         self.step(self.named["menu item", "Quit"], "Press")
         self.assertEqual(program.wait(30), 0)
-        self.assertEqual(len(self.notes("Mossbit/Autosave.mossbit")), 8)
+        self.assertEqual(self.notes("Mossbit/Autosave.mossbit"), [(72, 0, 1), (72, 1, 1)])
 
 
 unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2, warnings="ignore")
