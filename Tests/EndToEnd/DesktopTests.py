@@ -226,10 +226,6 @@ class Window(Desktop):
     def key(self, keys):
         self.xdotool("key " + keys)
 
-    def close(self, program):
-        self.key("alt+F4")
-        self.assertEqual(program.wait(), 0)
-
     def choose_file(self, panel, name):
         """Answers the file panel that is about to open."""
         self.await_title(panel)
@@ -237,7 +233,7 @@ class Window(Desktop):
         output("xdotool", "type", "--delay", "0", name)
         self.key("Return")
 
-    def test_draws_plays_and_comes_back(self):
+    def test_draws_plays_saves_exports_and_comes_back(self):
         sound = self.home / "sound"
         os.environ |= {"SDL_AUDIODRIVER": "disk", "SDL_DISKAUDIOFILE": str(sound)}
         program = self.open()
@@ -248,16 +244,7 @@ class Window(Desktop):
         until("a sound", lambda: any(sound.read_bytes()))
         self.key("space")
         self.await_pixel(self.PLAY_FACE, "#1B2132")
-        self.key("BackSpace ctrl+z")
-        self.close(program)
-        self.assertEqual(self.notes("Mossbit/Autosave.mossbit"), self.DRAWN)
-        self.open()
-        self.await_pixel(self.NOTE, "#F2D45C")
-
-    def test_saves_and_exports(self):
-        program = self.open()
-        self.draw()
-        self.key("ctrl+s")
+        self.key("BackSpace ctrl+z ctrl+s")
         self.choose_file("Save", "my song")
         self.await_title("my song")
         self.assertEqual(self.notes("my song.mossbit"), self.DRAWN)
@@ -270,9 +257,11 @@ class Window(Desktop):
         until("the export", lambda: (self.home / "take one.wav").exists())
         self.assertEqual((self.home / "take one.wav").read_bytes(), rendered)
         # Its autosave would come later.
-        self.key("BackSpace")
-        self.close(program)
-        self.assertEqual(self.notes("my song.mossbit"), [])
+        self.key("ctrl+l alt+F4")
+        self.assertEqual(program.wait(), 0)
+        self.assertIn('"loop" : false', (self.home / "my song.mossbit").read_text())
+        self.open()
+        self.await_pixel(self.NOTE, "#F2D45C")
 
     def test_asks_once_whatever_the_panel_and_ends_behind_it(self):
         # GTK's panels have a main loop and an idea of their own of when to ask.

@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #ifndef __APPLE__
 #include <sys/xattr.h>
@@ -60,24 +59,17 @@ TEST(PosixAtomicFile, KeepsTheGroupOrItsPermissionsToItself) {
     const ScratchFolder folder;
     fs::permissions(folder.path(), fs::perms::all);
     putBytes(folder / "locked", "somebody else's");
+    PosixAtomicFile files;
     for (const bool isMember : {true, false}) {
         const fs::path file = folder / (isMember ? "member" : "stranger");
         putBytes(file, "old");
         fs::permissions(file, fs::perms(0660));
         ASSERT_EQ(::chown(file.c_str(), isMember ? 0 : owner, group), 0);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            PosixAtomicFile files;
-            const bool isAnother = ::setgroups(isMember ? 1 : 0, &group) == 0 &&
-                                   ::setgid(owner) == 0 && ::setuid(owner) == 0;
-            ::_exit(isAnother && writeError(files, file) == 0 &&
-                            writeError(files, folder / "locked") == EACCES
-                        ? 0
-                        : 1);
-        }
-        int status = 1;
-        ::waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
+        ASSERT_EQ(::setgroups(isMember ? 1 : 0, &group), 0);
+        EXPECT_TRUE(::setegid(owner) == 0 && ::seteuid(owner) == 0);
+        EXPECT_EQ(writeError(files, file), 0);
+        EXPECT_EQ(writeError(files, folder / "locked"), EACCES);
+        ASSERT_TRUE(::seteuid(0) == 0 && ::setegid(0) == 0);
         struct stat now {};
         ::stat(file.c_str(), &now);
         EXPECT_EQ(now.st_gid, isMember ? group : owner);
