@@ -50,9 +50,11 @@ public:
     bool addDevice() {
         // Without norewinds the first stream stalls for a second; without the format the server
         // would round.
-        return pactl({"load-module", "module-null-sink", "sink_name=out", "rate=48000",
-                      "format=float32le", "channels=2", "norewinds=1"}) &&
-               record();
+        const bool isAdded = pactl({"load-module", "module-null-sink", "sink_name=out",
+                                    "rate=48000", "format=float32le", "channels=2", "norewinds=1"});
+        m_recorder.start("parec", {"-d", "out.monitor", "--rate=48000", "--format=float32le",
+                                   "--channels=2", "--latency-msec=20", "--raw"});
+        return isAdded && waitUntil([&] { return !bytesOf(m_recording).empty(); });
     }
 
     void removeDevice() {
@@ -63,8 +65,7 @@ public:
     /// ALSA, with a device that plays to nowhere.
     void addOtherSystem() { putBytes(m_home / ".asoundrc", "pcm.!default { type null }"); }
 
-    void hang() { ::kill(static_cast<pid_t>(m_server.processId()), SIGSTOP); }
-    void wakeUp() { ::kill(static_cast<pid_t>(m_server.processId()), SIGCONT); }
+    void send(int signal) { ::kill(static_cast<pid_t>(m_server.processId()), signal); }
 
     void kill() {
         end(m_server);
@@ -89,12 +90,6 @@ private:
     static void end(QProcess& process) {
         process.kill();
         process.waitForFinished();
-    }
-
-    bool record() {
-        m_recorder.start("parec", {"-d", "out.monitor", "--rate=48000", "--format=float32le",
-                                   "--channels=2", "--latency-msec=20", "--raw"});
-        return waitUntil([&] { return !bytesOf(m_recording).empty(); });
     }
 
     const ScratchFolder m_home;
@@ -175,11 +170,11 @@ TEST_F(PulseAudio, EveryStartGoesToWhatIsTheDefaultByThen) {
 }
 
 TEST_F(PulseAudio, DoesNotHangWithTheServer) {
-    server.hang();
+    server.send(SIGSTOP);
     EXPECT_TRUE(waitUntil([&] { return !output->isRunning(); }));
     output->stop();
     EXPECT_EQ(startFailure(*output), "The sound system does not answer");
-    server.wakeUp();
+    server.send(SIGCONT);
     EXPECT_EQ(startFailure(*output), "");
     EXPECT_TRUE(sound.waitFor(24'000));
 }

@@ -1,4 +1,4 @@
-#include "Tests/Support/FaultyFileCalls.h"
+#include "Tests/Support/Fakes.h"
 #include "Tests/Support/ScratchFolder.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,6 @@
 
 #include "Services/ProjectStore.h"
 #include "Tests/Support/Fakes.h"
-#include "Tests/Support/FaultyFileCalls.h"
 #include "Tests/Support/ScratchFolder.h"
 #include "Tests/Support/SongBuilder.h"
 #include "ViewModels/ProjectViewModel.h"

@@ -11,10 +11,12 @@ struct Editing : ViewModelTest {
     QSignalSpy historyChanges{model.get(), &ProjectViewModel::historyChanged};
 };
 
-TEST_F(Editing, AddsNotesInsideThePatternOnly) {
+TEST_F(Editing, AddsNotesOnTheGridInsideThePatternOnly) {
+    model->setGrid(GridDivision::quarter);
+    EXPECT_EQ(model->addNote(60, 63)->start, 60);
     EXPECT_EQ(model->addNote(60, -5)->start, 0);
     EXPECT_FALSE(model->addNote(60, 64) || model->addNote(60, INT64_MAX));
-    EXPECT_EQ(model->selectedChannel().notes.size(), 1U);
+    EXPECT_EQ(model->selectedChannel().notes.size(), 2U);
 }
 
 TEST_F(Editing, FewerBarsCutNotesOffUntilTheyAreUndone) {
@@ -32,24 +34,19 @@ TEST_F(Editing, FewerBarsCutNotesOffUntilTheyAreUndone) {
 
 TEST_F(Editing, SettingsAreClampedAndRecordAStepOnlyIfTheyChange) {
     const Project& project = model->project();
-    model->setTempo(-1);
-    EXPECT_EQ(project.tempo, 40);
-    model->setTempo(301);
-    EXPECT_EQ(project.tempo, 300);
-    model->setVolume(-1, 2);
-    EXPECT_EQ(project.channels[2].volume, 0);
-    model->setVolume(20, 2);
-    EXPECT_EQ(project.channels[2].volume, 15);
-    model->setDuty(Duty::d75, 2);
-    model->setWavePreset(WavePreset::hollow, 2);
-    model->setGrid(GridDivision::quarter);
-    model->setBars(16);
-    EXPECT_EQ(projectChanges.size(), 8);
-    model->setTempo(999);
-    model->setBars(3);
-    model->setBars(16);
-    EXPECT_EQ(projectChanges.size(), 8);
-    for (int step = 0; step < 8; ++step)
+    using Settings = std::array<std::int64_t, 3>;
+    const auto afterSetting = [&](std::int64_t value) {
+        model->setTempo(value);
+        model->setVolume(value, 2);
+        model->setBars(value);
+        return Settings{project.tempo, project.channels[2].volume, project.bars};
+    };
+    EXPECT_EQ(afterSetting(-1), (Settings{40, 0, 4}));
+    EXPECT_EQ(afterSetting(301), (Settings{300, 15, 4}));
+    EXPECT_EQ(afterSetting(999), (Settings{300, 15, 4}));
+    EXPECT_EQ(afterSetting(16), (Settings{40, 15, 16}));
+    EXPECT_EQ(projectChanges.size(), 6);
+    for (int step = 0; step < 6; ++step)
         model->undo();
     EXPECT_EQ(project, Project());
     EXPECT_FALSE(model->canUndo());

@@ -133,21 +133,15 @@ TEST_F(Recovery, ASecondCopyTakesOverWhenTheFirstHasEnded) {
 }
 
 TEST_F(Recovery, AutosavesTheFileThatWasOpenAtTheEdit) {
-    const fs::path copy = harness.folder / "copy.mossbit";
-    harness.dialogs.saveAnswers = {copy};
     model->open(otherFile);
-    const auto afterAnEdit = [this](std::int64_t tempo) {
-        model->setTempo(tempo);
-        harness.pass(0.81);
-        EXPECT_FALSE(model->hasUnsavedChanges() || model->alertMessage());
-        return saved(otherFile).tempo;
-    };
-    EXPECT_EQ(afterAnEdit(99), 99);
     harness.failure = ENOSPC;
-    EXPECT_EQ(afterAnEdit(98), 99);
+    model->setTempo(98);
+    harness.pass(0.81);
+    EXPECT_FALSE(model->hasUnsavedChanges() || model->alertMessage());
     harness.failure = 0;
     // Also when the document has been saved elsewhere meanwhile.
     model->setTempo(97);
+    harness.dialogs.saveAnswers = {harness.folder / "copy.mossbit"};
     model->saveAs();
     harness.pass(0.81);
     EXPECT_EQ(saved(otherFile).tempo, 97);
