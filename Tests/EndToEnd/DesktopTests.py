@@ -307,8 +307,8 @@ class ScreenReader(Desktop):
     def hear(self, event):
         kind = event.type.rpartition(":")[2]
         if (kind not in ("add", "remove", "accessible-name", "selected", "checked")
-                or event.source == Atspi.get_desktop(0)):
-            return
+                or event.source.get_role() in (Atspi.Role.DESKTOP_FRAME, Atspi.Role.FRAME)):
+            return  # Newer versions tell the window's title, too.
         node = event.any_data if kind in ("add", "remove") else event.source
         if kind != "remove":  # What is gone does not tell its name any more.
             self.names[node] = node.get_name()
