@@ -1,12 +1,8 @@
-#include "App/DocumentWindow.h"
-#include "App/KeyRepeatGuard.h"
-
 #include "App/FilePaths.h"
-#include "Tests/Support/ViewModelHarness.h"
+#include "App/KeyRepeatGuard.h"
+#include "Tests/Support/WindowHarness.h"
 
-#include <QAbstractButton>
 #include <QAction>
-#include <QApplication>
 #include <QDialog>
 #include <QDropEvent>
 #include <QMenu>
@@ -14,13 +10,9 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSignalSpy>
-#include <QTest>
-#include <QUrl>
 #include <QWindow>
 
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <tuple>
 
 namespace mossbit {
 namespace {
@@ -38,22 +30,23 @@ TEST(HandedOverPath, TakesPathsAndAddressesOfFilesHere) {
         EXPECT_EQ(handedOverPath(text), file);
 }
 
-struct ShownWindow : ViewModelTest {
-    DocumentWindow window{*model};
-
-    void SetUp() override {
-        window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+/// The window and its menu bar.
+struct ShownWindow : testing::Test, WindowHarness {
+    QAction& item(const QString& title) const {
+        for (QAction* action : window.menuBar()->findChildren<QAction*>())
+            if (action->text() == title)
+                return *action;
+        throw std::out_of_range(title.toStdString());
     }
 };
 
 TEST_F(ShownWindow, IsTitledWithTheDocument) {
     const auto title = [&] { return window.windowHandle()->title().toStdString(); };
     for (const std::string name : {"[*] & <b>", "[*][*]"}) {
-        harness.dialogs.saveAnswers = {harness.folder / (name + ".mossbit")};
-        model->saveAs();
+        system.dialogs.saveAnswers = {system.folder / (name + ".mossbit")};
+        vm->saveAs();
         EXPECT_EQ(title(), name);
-        model->addNote(61, 0);
+        vm->addNote(61, 0);
         EXPECT_EQ(title(), name + " •");
     }
 }
@@ -65,15 +58,6 @@ TEST_F(ShownWindow, LeavesTheKeyboardToAnOpenDialog) {
     window.bringToFront();
     QCoreApplication::processEvents();
     EXPECT_TRUE(dialog.isActiveWindow());
-}
-
-TEST_F(ShownWindow, AsksBeforeClosingOnlyWithoutAutosave) {
-    model->addNote(60, 0);
-    EXPECT_TRUE(window.close());
-    harness.failure = EROFS;
-    window.show();
-    EXPECT_FALSE(window.close());
-    EXPECT_EQ(harness.dialogs.shown.size(), 1U);
 }
 
 TEST_F(ShownWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
@@ -94,17 +78,7 @@ TEST_F(ShownWindow, TakesTheFirstOfTheFilesDroppedOnIt) {
     EXPECT_EQ(dropped[0][0].toString(), "file:///a%20b.mossbit");
 }
 
-struct MenuBar : ShownWindow {
-    QAction& item(const QString& title) const {
-        for (const QAction* menu : window.menuBar()->actions())
-            for (QAction* action : menu->menu()->actions())
-                if (action->text() == title)
-                    return *action;
-        throw std::runtime_error("no item " + title.toStdString());
-    }
-};
-
-TEST_F(MenuBar, ListsEveryCommandWithItsKeys) {
+TEST_F(ShownWindow, ListsEveryCommandWithItsKeys) {
     QString list;
     for (const QAction* menu : window.menuBar()->actions()) {
         list += menu->text() + ':';
@@ -124,7 +98,7 @@ TEST_F(MenuBar, ListsEveryCommandWithItsKeys) {
               "&Help: Mouse and Keys Open Example | About Mossbit");
 }
 
-TEST_F(MenuBar, DimsWhatCannotBeDone) {
+TEST_F(ShownWindow, DimsWhatCannotBeDone) {
     const auto enabled = [&] {
         std::string titles;
         for (const char* title : {"Undo", "Redo", "Delete Note", "Select All Notes", "Play"})
@@ -132,90 +106,53 @@ TEST_F(MenuBar, DimsWhatCannotBeDone) {
         return titles;
     };
     EXPECT_EQ(enabled(), "Select All Notes, Play, ");
-    model->addNote(60, 0);
+    vm->addNote(60, 0);
     EXPECT_EQ(enabled(), "Undo, Delete Note, Select All Notes, Play, ");
-    model->setEditingText(true);
+    vm->setEditingText(true);
     EXPECT_EQ(enabled(), "Undo, ");
-    model->setEditingText(false);
-    model->undo();
+    vm->setEditingText(false);
+    vm->undo();
     EXPECT_EQ(enabled(), "Redo, Select All Notes, Play, ");
-}
-
-TEST_F(MenuBar, LeavesTheKeysOfTextToTheTempoField) {
-    model->addNote(60, 0);
-    const auto typeTempo = [&](const QString& text) {
-        for (auto* button : window.findChildren<QAbstractButton*>())
-            if (button->accessibleName().startsWith("Tempo"))
-                button->click();
-        QCoreApplication::processEvents();
-        QTest::keyClicks(QApplication::focusWidget(), text);
-    };
-    typeTempo("156 ");
-    for (const Qt::Key key : {Qt::Key_Backspace, Qt::Key_Backspace, Qt::Key_Backspace})
-        QTest::keyClick(QApplication::focusWidget(), key);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(model->project().tempo, 40) << "1 is below what there is";
-    typeTempo("1");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(QApplication::focusWidget(), "90");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(model->project().tempo, 120) << "undo is for the song";
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(model->project().tempo, 90);
-    EXPECT_FALSE(model->isPlaying());
-    EXPECT_TRUE(model->project().hasNotes());
-
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    EXPECT_TRUE(model->isPlaying());
-    EXPECT_TRUE(item("Stop").isEnabled());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
-    EXPECT_FALSE(model->project().hasNotes());
 }
 
 TEST(KeyRepeatGuard, MarksARepetitionThatQtTookForANewPress) {
     const KeyRepeatGuard guard;
     struct Receiver : QWidget {
-        std::string presses;
-        void keyPressEvent(QKeyEvent* event) override {
-            presses += event->isAutoRepeat() ? "repeated " : "pressed ";
-        }
+        bool isRepeated = false;
+        void keyPressEvent(QKeyEvent* event) override { isRepeated = event->isAutoRepeat(); }
     } receiver;
-    /// Returns whether shortcuts may have the key.
     const auto send = [&](QEvent::Type type, quint32 scanCode, quint64 time) {
         QKeyEvent event(type, Qt::Key_F, {}, scanCode, 0, 0);
         event.setTimestamp(time);
         event.ignore();
         QApplication::sendEvent(&receiver, &event);
-        return !event.isAccepted();
+        return event.isAccepted();
     };
-    const auto isNew = [&](quint32 scanCode, quint64 time) {
+    for (const auto& [scanCode, time, isRepeated] :
+         {std::tuple(52, 1000, true), {52, 1001, false}, {53, 1000, false}}) {
         send(QEvent::KeyRelease, 52, 1000);
-        const bool mayBeShortcut = send(QEvent::ShortcutOverride, scanCode, time);
+        EXPECT_EQ(send(QEvent::ShortcutOverride, scanCode, time), isRepeated) << "no shortcut's";
         send(QEvent::KeyPress, scanCode, time);
-        return mayBeShortcut;
-    };
-    EXPECT_FALSE(isNew(52, 1000));
-    EXPECT_TRUE(isNew(52, 1001));
-    EXPECT_TRUE(isNew(53, 1000));
-    EXPECT_EQ(receiver.presses, "repeated pressed pressed ");
+        EXPECT_EQ(receiver.isRepeated, isRepeated);
+    }
 }
 
-TEST_F(MenuBar, OpensExamplesAsUntitledCopies) {
+TEST_F(ShownWindow, OpensExamplesAsUntitledCopies) {
     QAction& first = *item("Open Example").menu()->actions().first();
     EXPECT_EQ(first.text(), "A Beginning");
-    model->addNote(60, 0);
+    vm->addNote(60, 0);
     first.trigger();
-    EXPECT_EQ(harness.dialogs.takeShown().size(), 1U) << "the note is not lost";
-    EXPECT_EQ(model->selectedChannel().notes.size(), 1U);
-    model->deleteSelection();
+    EXPECT_EQ(system.dialogs.takeShown().size(), 1U) << "the note is not lost";
+    EXPECT_EQ(vm->selectedChannel().notes.size(), 1U);
+    vm->deleteSelection();
     first.trigger();
-    EXPECT_GT(model->selectedChannel().notes.size(), 1U);
-    EXPECT_FALSE(model->fileURL());
-    EXPECT_FALSE(model->hasUnsavedChanges());
-    EXPECT_EQ(saved(harness.autosave), model->project());
+    EXPECT_GT(vm->selectedChannel().notes.size(), 1U);
+    EXPECT_FALSE(vm->fileURL());
+    EXPECT_FALSE(vm->hasUnsavedChanges());
+    EXPECT_EQ(ProjectStore::read(system.autosave), vm->project());
 }
 
-TEST_F(MenuBar, ShowsTheMouseAndAllKeys) {
+TEST_F(ShownWindow, ShowsTheMouseAndAllKeys) {
     item("Mouse and Keys").trigger();
     const auto* box = window.findChild<QMessageBox*>();
     ASSERT_NE(box, nullptr);
@@ -223,14 +160,19 @@ TEST_F(MenuBar, ShowsTheMouseAndAllKeys) {
         EXPECT_TRUE(box->text().contains(text)) << box->text().toStdString();
 }
 
-TEST_F(MenuBar, FileItemsReachTheViewModel) {
-    model->addNote(60, 0);
+TEST_F(ShownWindow, FileItemsReachTheViewModel) {
+    vm->addNote(60, 0);
     for (const char* title : {"Save", "Save As…", "Export WAV…", "New", "Open…"})
         item(title).trigger();
     const std::string prompt = "alert Save changes to Untitled?";
-    EXPECT_EQ(harness.dialogs.takeShown(),
+    EXPECT_EQ(system.dialogs.takeShown(),
               (std::vector<std::string>{"save Untitled.mossbit", "save Untitled.mossbit",
                                         "save wav Untitled.wav", prompt, prompt}));
+    system.failure = EROFS;
+    item("Close").trigger();
+    EXPECT_EQ(system.dialogs.takeShown().size(), 1U) << "no autosave has the note";
+    EXPECT_TRUE(window.isVisible());
+    system.failure = 0;
     item("Close").trigger();
     EXPECT_FALSE(window.isVisible());
 }

@@ -1,5 +1,7 @@
 #include "Platform/QtDialogs.h"
 
+#include "UI/Theme.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -37,18 +39,16 @@ const Dialogs::Alert discardPrompt = {.message = "Save changes to <b>Song</b> & 
                                       .buttons = {"Save", "Discard", "Cancel"}};
 
 /// A desktop that arranges the buttons of dialogs in its own way.
-class Desktop : public QProxyStyle {
-public:
-    explicit Desktop(QDialogButtonBox::ButtonLayout layout) : m_layout(layout) {}
+struct Desktop : QProxyStyle {
+    const int layout;
+
+    explicit Desktop(int arrangement) : layout(arrangement) {}
 
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* data) const override {
-        return hint == SH_DialogButtonLayout ? m_layout
+        return hint == SH_DialogButtonLayout ? layout
                                              : QProxyStyle::styleHint(hint, option, widget, data);
     }
-
-private:
-    const int m_layout;
 };
 
 TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
@@ -84,7 +84,7 @@ TEST(QtDialogs, AlertIsTheSameOnEveryDesktop) {
         });
         EXPECT_EQ(dialogs.runAlert(discardPrompt), c.expected) << c.layout;
     }
-    QApplication::setStyle("fusion");
+    applyTheme(*qApp);
 }
 
 /// Types a name into the save panel that comes up next.
@@ -119,22 +119,25 @@ TEST(QtDialogs, AsksOnceBeforeAFileIsReplaced) {
     const QTemporaryDir folder;
     const QString file = folder.filePath("song.mossbit");
     ASSERT_TRUE(QFile(file).open(QFile::WriteOnly));
+    const auto replace = [](QMessageBox& box) {
+        for (QAbstractButton* button : box.buttons())
+            if (button->text() == "Replace")
+                button->click();
+    };
+    const auto tryAgain = [&](QFileDialog& panel) {
+        auto* field = panel.findChild<QLineEdit*>("fileNameEdit");
+        EXPECT_EQ(field->text(), "song.mossbit");
+        whenShown<QMessageBox>(replace);
+        QTest::keyClick(field, Qt::Key_Return);
+    };
+    const auto cancel = [&](QMessageBox& box) {
+        EXPECT_TRUE(box.text().contains("“song.mossbit”")) << box.text().toStdString();
+        whenShown<QFileDialog>(tryAgain);
+        QTest::keyClick(&box, Qt::Key_Escape);
+    };
     for (const char* typed : {"song", "song.mossbit"}) {
         type(folder.filePath(typed));
-        whenShown<QMessageBox>([](QMessageBox& box) {
-            EXPECT_TRUE(box.text().contains("“song.mossbit”")) << box.text().toStdString();
-            whenShown<QFileDialog>([](QFileDialog& panel) {
-                auto* field = panel.findChild<QLineEdit*>("fileNameEdit");
-                EXPECT_EQ(field->text(), "song.mossbit");
-                whenShown<QMessageBox>([](QMessageBox& again) {
-                    for (QAbstractButton* button : again.buttons())
-                        if (button->text() == "Replace")
-                            button->click();
-                });
-                QTest::keyClick(field, Qt::Key_Return);
-            });
-            QTest::keyClick(&box, Qt::Key_Escape);
-        });
+        whenShown<QMessageBox>(cancel);
         EXPECT_EQ(QtDialogs().runSavePanel(FileKind::project, "Untitled.mossbit"),
                   file.toStdString());
     }

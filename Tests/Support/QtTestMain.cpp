@@ -1,4 +1,5 @@
 #include "Tests/Support/ScratchFolder.h"
+#include "UI/Theme.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,8 @@ int main(int argc, char** argv) {
     for (const char* variable :
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(variable, home.path().c_str());
-    const QApplication application(argc, argv);
+    QApplication application(argc, argv);
+    mossbit::applyTheme(application);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

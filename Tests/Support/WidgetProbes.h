@@ -25,21 +25,12 @@ inline QColor colorAt(const QImage& image, const QPointF& point) {
     return image.pixelColor(static_cast<int>(pixel.x()), static_cast<int>(pixel.y()));
 }
 
-/// Sends one mouse event to a widget, as the window system would.
+/// Sends a press or a movement to a widget, as the window system would.
 inline void sendMouse(QWidget& widget, QEvent::Type type, const QPointF& point,
-                      Qt::MouseButton button = Qt::LeftButton,
-                      Qt::KeyboardModifiers modifiers = {}) {
-    const bool isHeld = type != QEvent::MouseButtonRelease && button != Qt::NoButton;
+                      Qt::MouseButton button = Qt::LeftButton) {
     QMouseEvent event(type, point, widget.mapToGlobal(point),
-                      type == QEvent::MouseMove ? Qt::NoButton : button,
-                      isHeld ? Qt::MouseButtons(button) : Qt::NoButton, modifiers);
+                      type == QEvent::MouseMove ? Qt::NoButton : button, button, {});
     QApplication::sendEvent(&widget, &event);
-}
-
-inline void click(QWidget& widget, const QPointF& point, Qt::MouseButton button = Qt::LeftButton,
-                  Qt::KeyboardModifiers modifiers = {}) {
-    sendMouse(widget, QEvent::MouseButtonPress, point, button, modifiers);
-    sendMouse(widget, QEvent::MouseButtonRelease, point, button, modifiers);
 }
 
 inline void turnWheel(QWidget& widget, const QPointF& point, int angle,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "App/DocumentWindow.h"
 #include "Tests/Support/ViewModelHarness.h"
 #include "Tests/Support/WidgetProbes.h"
 #include "UI/Theme.h"
@@ -8,30 +9,37 @@
 
 #include <QAbstractButton>
 #include <QScrollBar>
+#include <QTest>
 
 #include <memory>
 #include <stdexcept>
 
 namespace mossbit {
 
-/// The main window's content, shown off-screen, over a view model without the real system.
+/// The program's window, shown off-screen, over a view model without the real system.
 struct WindowHarness {
     ViewModelHarness system;
     std::unique_ptr<ProjectViewModel> vm;
-    MainView view;
+    DocumentWindow window;
+    MainView& view = *window.findChild<MainView*>();
 
-    explicit WindowHarness(const Project& project = {}, QSize extent = MainView::preferredExtent)
-        : vm(system.start(project)), view(*vm) {
-        applyTheme(*qApp);
-        view.resize(extent);
-        view.show();
-        view.activateWindow();
+    explicit WindowHarness(const Project& project = {}) : vm(system.start(project)), window(*vm) {
+        window.show();
+        // It fits itself to the screen, which is too small for it.
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         QApplication::processEvents();
+        resize(1100, 700);
     }
 
     PianoRollView& roll() const { return view.pianoRoll(); }
     QWidget& canvas() const { return *roll().viewport(); }
     const std::vector<Note>& notes() const { return vm->selectedChannel().notes; }
+
+    /// Gives the window's content that size.
+    void resize(int width, int height) {
+        window.resize(QSize(width, height) + window.size() - view.size());
+        QApplication::processEvents();
+    }
 
     /// The canvas's point in the middle of a row, `tick` ticks from the left.
     QPointF at(std::int64_t pitch, double tick) const {
@@ -48,9 +56,10 @@ struct WindowHarness {
         throw std::out_of_range(name.toStdString());
     }
 
-    void press(const QPointF& point) { sendMouse(canvas(), QEvent::MouseButtonPress, point); }
-    void drag(const QPointF& point) { sendMouse(canvas(), QEvent::MouseMove, point); }
-    void release(const QPointF& point) { sendMouse(canvas(), QEvent::MouseButtonRelease, point); }
+    /// Presses a key where the keyboard is.
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    }
 };
 
 } // namespace mossbit

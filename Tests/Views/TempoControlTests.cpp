@@ -5,8 +5,6 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QTest>
-#include <gtest/gtest.h>
 
 namespace mossbit {
 namespace {
@@ -17,7 +15,6 @@ struct TempoField : testing::Test, WindowHarness {
     /// Opens the field and types over the number in it.
     void type(const QString& text) {
         control(QString("Tempo %1").arg(vm->project().tempo)).click();
-        QApplication::processEvents();
         QTest::keyClicks(&field, text);
     }
 };
@@ -29,15 +26,14 @@ TEST_F(TempoField, TakesWholeNumbersAndIgnoresTheRest) {
           Case{"+90", 90}, Case{"+-90", 100}, Case{"9223372036854775808", 100}}) {
         vm->setTempo(100);
         type(typed);
-        QTest::keyClick(&field, Qt::Key_Return);
+        press(Qt::Key_Return);
         EXPECT_EQ(vm->project().tempo, tempo) << typed;
     }
 }
 
 TEST_F(TempoField, CommitsWhenTheFocusIsElsewhereInTheWindow) {
     type("150");
-    QMenuBar menuBar(&view);
-    menuBar.setFocus(Qt::MenuBarFocusReason);
+    window.menuBar()->setFocus(Qt::MenuBarFocusReason);
     EXPECT_TRUE(field.isVisible());
     roll().setFocus(Qt::MouseFocusReason);
     EXPECT_FALSE(field.isVisible());
@@ -68,6 +64,22 @@ TEST_F(TempoField, OffersNoUndoOfItsOwn) {
     EXPECT_TRUE(menu->actions().first()->text().startsWith("Cu&t"));
 }
 
+TEST_F(TempoField, HasTheKeysOfTextAndLeavesTheOthersToTheSong) {
+    vm->addNote(60, 0);
+    type("15 ");
+    press(Qt::Key_Backspace);
+    press(Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&field, "90");
+    EXPECT_FALSE(vm->isPlaying());
+    EXPECT_TRUE(vm->project().hasNotes());
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(vm->project().hasNotes());
+    press(Qt::Key_Return);
+    EXPECT_EQ(vm->project().tempo, 90);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(vm->isPlaying());
+}
+
 TEST_F(TempoField, FollowsOtherChangesUntilSomethingIsTyped) {
     type("");
     control("Increase tempo").click();
@@ -77,21 +89,19 @@ TEST_F(TempoField, FollowsOtherChangesUntilSomethingIsTyped) {
     EXPECT_EQ(field.text(), "90");
 }
 
-TEST_F(TempoField, DoesNotCommitIntoANewDocumentNorOnEscape) {
+TEST_F(TempoField, DoesNotCommitOnEscapeNorIntoANewDocument) {
+    type("150");
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(field.isVisible());
     type("150");
     // As while a dialog asks about unsaved work.
-    QDialog dialog(&view);
+    QDialog dialog(&window);
     dialog.show();
     dialog.activateWindow();
     QApplication::processEvents();
     vm->newProject();
     EXPECT_FALSE(vm->isEditingText());
-    EXPECT_EQ(view.focusWidget(), &roll());
-    dialog.close();
-
-    type("150");
-    QTest::keyClick(&field, Qt::Key_Escape);
-    EXPECT_FALSE(field.isVisible());
+    EXPECT_EQ(window.focusWidget(), &roll());
     EXPECT_EQ(vm->project().tempo, 120);
     EXPECT_FALSE(vm->canUndo());
 }
@@ -100,10 +110,10 @@ TEST_F(TempoField, GivesTheFocusBackToTheNumberThatReturnOpened) {
     auto& number = control("Tempo 120");
     number.setFocus(Qt::TabFocusReason);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_9, Qt::Key_0, Qt::Key_Return})
-        QTest::keyClick(QApplication::focusWidget(), key);
+        press(key);
     EXPECT_EQ(vm->project().tempo, 90);
     EXPECT_TRUE(number.hasFocus());
-    QTest::keyClick(&number, Qt::Key_Tab);
+    press(Qt::Key_Tab);
     EXPECT_TRUE(control("Increase tempo").hasFocus());
 }
 
