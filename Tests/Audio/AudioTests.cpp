@@ -140,13 +140,6 @@ TEST(ChipCore, GivesTheSamplesOfTheFormulas) {
         EXPECT_EQ(samples[frame], expected) << frame;
 }
 
-TEST(ChipCore, PlaysFourChannelsAtMost) {
-    Project four = song({.bars = 1}).on(ChannelKind::noise).note(2, 0, 1).note(7, 3, 9);
-    Project five = four;
-    five.channels.push_back(five.channels[3]);
-    EXPECT_TRUE(rendered(five, 40'000) == rendered(four, 40'000));
-}
-
 TEST(ChipCore, PublishesTheTickBeingPlayed) {
     ChipCore core(compiled(song({.bars = 1, .loop = true})), 44100);
     core.render({});

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 namespace mossbit {
 namespace {
@@ -29,13 +28,6 @@ TEST(Project, ClampNotesKeepsInsideThePatternWhatTheChannelCanPlay) {
         EXPECT_EQ(clamped(noise, {.pitch = pitch}) == "gone", pitch < 0 || pitch > 3);
     for (const int pitch : {35, 36, 96, 97})
         EXPECT_EQ(clamped(wave, {.pitch = pitch}) == "gone", pitch < 36 || pitch > 96);
-}
-
-TEST(PitchRange, NamesOctavesFromC) {
-    using Case = std::pair<int, const char*>;
-    for (const auto& [pitch, name] : {Case{36, "C2"}, Case{61, "C#4"}, Case{70, "A#4"},
-                                      Case{95, "B6"}, Case{96, "C7"}, Case{-1, "B-1"}})
-        EXPECT_EQ(PitchRange::name(pitch), name);
 }
 
 TEST(Uuid, ReadsOnlyTheStandardTextForm) {

@@ -7,13 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <functional>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace mossbit {
 namespace {
@@ -161,19 +158,6 @@ TEST(ProjectStore, DescribesWhatCannotBeRead) {
     EXPECT_EQ(readingError("/dev/zero"), "It is not a regular file");
     EXPECT_TRUE(readingError(folder / "empty").starts_with("line 1, column 1: unexpected end"));
 }
-
-#ifdef F_SETLEASE
-TEST(ProjectStore, WaitsUntilALeaseIsGivenUp) {
-    const ScratchFolder folder;
-    putBytes(folder / "song", "{}");
-    static const int leased = ::open((folder / "song").c_str(), O_RDWR);
-    ASSERT_EQ(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
-    // By this signal the system asks for it.
-    std::signal(SIGIO, [](int) { ::fcntl(leased, F_SETLEASE, F_UNLCK); });
-    EXPECT_EQ(readingError(folder / "song"), "");
-    ::close(leased);
-}
-#endif
 
 } // namespace
 } // namespace mossbit

@@ -125,8 +125,6 @@ public:
     double sampleRate() override { return rate; }
 
     void setSource(double sampleRate, Source source) override {
-        if (m_running)
-            throw std::logic_error("the source is in use");
         sourceRate = sampleRate;
         m_source = std::move(source);
     }
