@@ -19,11 +19,12 @@ bool KeyRepeatGuard::eventFilter(QObject* watched, QEvent* event) {
         m_releaseTime = key.timestamp();
         return false;
     }
-    // What other programs or tests have made up has no scan code.
+    // A press with the key and time of the last release is a repetition. Events that other programs
+    // or tests have made up have no scan code.
     if (key.isAutoRepeat() || key.nativeScanCode() == 0 || key.nativeScanCode() != m_releasedKey ||
         key.timestamp() != m_releaseTime)
         return false;
-    // Claimed, so that no shortcut gets it: those are not told of repetitions marked here.
+    // Accepted, so that no shortcut fires: shortcuts do not see the mark set below.
     event->accept();
     if (type == QEvent::KeyPress) {
         QKeyEvent repetition(type, key.key(), key.modifiers(), key.nativeScanCode(),

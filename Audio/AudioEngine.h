@@ -43,7 +43,7 @@ public:
 private:
     AudioOutput& m_engine;
     SystemLog m_log;
-    /// Shared with the source that the device calls, so that it outlives any call under way.
+    /// Shared with the source that the output calls, so that the core outlives a call under way.
     std::shared_ptr<ChipCore> m_core;
     bool m_isPlaying = false;
 };

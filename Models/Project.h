@@ -9,7 +9,7 @@
 namespace mossbit {
 
 /// The editing grid; the number is the step in ticks and the raw value in files. Every step
-/// divides a bar, so grid lines always fall on bar lines.
+/// divides a bar, so every bar line is a grid line.
 enum class GridDivision : std::uint8_t { quarter = 4, eighth = 2, sixteenth = 1 };
 
 inline constexpr std::array allGridDivisions = {GridDivision::quarter, GridDivision::eighth,
@@ -48,8 +48,8 @@ struct Project {
 
     bool hasNotes() const;
 
-    /// Brings every note inside the pattern: starts below 0 are raised, lengths cut to the end and
-    /// raised to 1; notes that start past the end or lie outside their channel's pitches are
+    /// Brings every note inside the pattern: starts below 0 are raised, lengths are cut at the end
+    /// and at least 1; notes that start past the end or lie outside their channel's pitches are
     /// dropped. Order, identifiers and velocities stay.
     void clampNotes();
 

@@ -15,12 +15,12 @@ public:
     using Put = std::function<void(std::string_view piece)>;
 
     /// Lets `putContent` write to a temporary file in the target's folder and renames that onto
-    /// `path`. An existing file keeps its permissions, and a symbolic link keeps pointing at it.
-    /// Temporaries that a killed program left in the folder more than an hour ago are removed.
+    /// `path`. An existing file keeps its permissions. Of a symbolic link, the file that it points
+    /// at is replaced. Temporaries that a killed program left in the folder more than an hour ago
+    /// are removed.
     ///
     /// Throws `std::system_error` with the system's own description, or what `putContent` throws;
-    /// the old file is then untouched and no temporary is left. After the rename nothing fails any
-    /// more.
+    /// the old file is then untouched and no temporary is left. Nothing throws after the rename.
     virtual void write(const std::filesystem::path& path,
                        const std::function<void(const Put&)>& putContent) = 0;
 

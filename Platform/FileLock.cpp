@@ -13,6 +13,7 @@ FileLock::FileLock(const std::filesystem::path& file)
 
 bool FileLock::claim(std::chrono::milliseconds patience) {
     constexpr std::chrono::milliseconds pause{20};
+    // Takes the lock, if it is free.
     const auto isTaken = [this] {
         return m_file && ::flock(m_file.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     };

@@ -7,16 +7,15 @@
 
 namespace mossbit {
 
-/// Claims something for one process. The system gives it back when the process ends, however that
-/// happens; the file itself stays.
+/// A lock that one process holds by means of a file. The system releases it when the process ends,
+/// however that happens; the file itself stays.
 class FileLock {
 public:
     /// Makes `file` if need be.
     explicit FileLock(const std::filesystem::path& file);
 
-    /// Whether it is claimed for this process now: no other process and no other lock here has it.
-    /// Waits for its release, but not longer than `patience`. Where no lock can be made, nobody
-    /// else has one.
+    /// Whether this lock is held now: no other process and no other `FileLock` of this one has it.
+    /// Waits for its release, but not longer than `patience`. True also where no lock can be made.
     bool claim(std::chrono::milliseconds patience = {});
 
 private:

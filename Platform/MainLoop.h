@@ -6,11 +6,11 @@
 
 namespace mossbit {
 
-/// Work that the main thread does later. All calls and all actions run on the main thread, also
-/// while a menu or a modal dialog is open.
+/// Work that the main thread does later. All calls and all actions run on the main thread; an open
+/// menu or modal dialog does not hold actions up.
 class MainLoop {
 public:
-    /// A pending action; destroying it cancels the action. An action may destroy its own handle.
+    /// The handle of a pending action. Destroying it cancels the action, which may do so itself.
     class Task {
     public:
         virtual ~Task() = default;

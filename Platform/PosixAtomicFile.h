@@ -8,8 +8,8 @@
 
 namespace mossbit {
 
-/// The system calls that a full or broken disk makes fail, as the POSIX ones: on an error they
-/// return -1 and set `errno`. Tests replace them.
+/// The system calls that fail on a full or broken disk, in POSIX's manner: on an error they return
+/// -1 and set `errno`. Tests replace them.
 struct PosixFileCalls {
     std::function<int(const char* path, int flags, mode_t mode)> open;
     std::function<ssize_t(int descriptor, const void* bytes, std::size_t count)> write;

@@ -27,6 +27,7 @@ void PianoRollView::mousePressEvent(QMouseEvent* event) {
     m_focusMark->hide();
     const QPointF point = toGrid(event->position());
     if (isSecondaryClick(*event)) {
+        // A copy of the identifier, which goes with its note.
         if (const Note* hit = m_grid.noteAt(point, m_vm.selectedChannel().notes))
             m_vm.deleteNote(Uuid(hit->id));
     } else if (event->button() == Qt::LeftButton) {
@@ -52,7 +53,7 @@ void PianoRollView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void PianoRollView::followPointer(const QPointF& viewportPoint, Qt::MouseButtons buttons) {
-    // A release may get lost, to a dialog or to another program.
+    // A button that is up ends its gesture, even if a dialog or another program got the release.
     if (!(buttons & Qt::LeftButton))
         m_drag.reset();
     if (!(buttons & Qt::MiddleButton))
@@ -118,7 +119,7 @@ void PianoRollView::showToolTip(const QHelpEvent& event) {
     }
     const auto cell = m_grid.cellAt(point);
     const Note* const hit = m_grid.noteAt(point, m_vm.selectedChannel().notes);
-    // Without a note the cell that a press would fill.
+    // Where there is no note: the cell that a press would fill.
     const Note note = hit ? *hit
                           : Note{.pitch = cell.pitch,
                                  .start = cell.tick - cell.tick % m_grid.gridStep,

@@ -90,7 +90,7 @@ private:
     /// size.
     bool m_keepsCentred = true;
     std::optional<ActiveDrag> m_drag;
-    /// The point that the middle button holds.
+    /// The point of the grid that the middle button holds under the pointer.
     std::optional<QPointF> m_panPoint;
     KeyColumn* m_keys;
     QWidget* m_focusMark;
